@@ -1,0 +1,1 @@
+// Takes this folder's place until its first file.

@@ -1,0 +1,4 @@
+#include "Platform/UserDefaults.h"
+
+namespace Platform {
+}  // namespace Platform

@@ -1,0 +1,38 @@
+// Delivers the events of one connection to its owner, from the main loop only: never
+// from inside a request that waits for its reply. Main thread only.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "Platform/MainLoop.h"
+#include "Platform/Posix/FileDescriptorWatcher.h"
+#include "Platform/X11/Connection.h"
+
+namespace Platform::X11 {
+
+class EventPump {
+public:
+    // `handle` gets every event and unclaimed error (response type 0) of the connection.
+    EventPump(Connection&, FileDescriptorWatcher&, MainLoop&, std::function<void(const xcb_generic_event_t&)> handle);
+    ~EventPump();
+
+    // A round trip reads events into xcb's own queue, where the file descriptor no longer
+    // tells of them. Call this after round trips on the connection: it delivers such
+    // events in a later turn of the loop.
+    void collectAfterRoundTrips();
+
+private:
+    void collect();
+    void deliver();
+
+    Connection& m_connection;
+    MainLoop& m_mainLoop;
+    std::function<void(const xcb_generic_event_t&)> m_handle;
+    std::vector<Event> m_events;
+    std::shared_ptr<EventPump*> m_self;  // empties when this goes
+    Token m_watch;
+};
+
+}  // namespace Platform::X11
