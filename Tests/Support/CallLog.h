@@ -11,7 +11,15 @@ namespace TestSupport {
 
 class CallLog {
 public:
-    void add(std::string line) { m_lines.push_back(std::move(line)); }
+    void add(std::string_view line)
+    {
+        if (m_isRecording)
+            m_lines.emplace_back(line);
+    }
+
+    // A test that counts allocations switches recording off.
+    bool isRecording() const { return m_isRecording; }
+    void setRecording(bool isRecording) { m_isRecording = isRecording; }
 
     const std::vector<std::string>& lines() const { return m_lines; }
     long count(std::string_view line) const { return std::count(m_lines.begin(), m_lines.end(), line); }
@@ -33,6 +41,7 @@ public:
 
 private:
     std::vector<std::string> m_lines;
+    bool m_isRecording = true;
 };
 
 }  // namespace TestSupport
