@@ -34,6 +34,7 @@ void redirect(const std::string& path, int target)
     for (const int descriptor : options.inheritedDescriptors)
         fcntl(descriptor, F_SETFD, 0);
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const auto& argument : command)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
@@ -97,7 +98,10 @@ void Process::kill()
 
 bool programExists(const std::string& name)
 {
-    std::istringstream folders(std::getenv("PATH") != nullptr ? std::getenv("PATH") : "");
+    const char* path = std::getenv("PATH");
+    if (path == nullptr)
+        return false;
+    std::istringstream folders{std::string(path)};
     for (std::string folder; std::getline(folders, folder, ':');) {
         if (access((std::filesystem::path(folder) / name).c_str(), X_OK) == 0)
             return true;

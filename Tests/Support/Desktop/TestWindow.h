@@ -1,0 +1,42 @@
+// An application with one window of known contents that records which keys, clicks and
+// focus changes reach it. It has a connection of its own, as any program.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Platform/X11/Connection.h"
+#include "Platform/X11/MonitorLayout.h"
+
+namespace TestSupport {
+
+class TestWindow {
+public:
+    // Shows the window, its contents at `frame` (device pixels of the X screen) where the
+    // window manager grants it, filled with testPattern(…, seed). Returns when it can be
+    // seen. Throws when that does not come true.
+    TestWindow(const std::string& displayName, const std::string& title, const Platform::X11::DeviceRect& frame, std::uint32_t seed);
+
+    // Gives the window the focus, as a click in a task bar would. Returns when it has it.
+    void activate();
+    bool hasFocus() const;
+
+    // What reached the window since the last call, as "KeyPress 30" (evdev code),
+    // "ButtonPress 1", "FocusOut". What grabs do to the focus for a moment is left out.
+    std::vector<std::string> takeEvents();
+
+    // Where the window's contents really are.
+    Platform::X11::DeviceRect contents() const;
+    xcb_window_t id() const { return m_window; }
+
+private:
+    void createWindow(const std::string& title, const Platform::X11::DeviceRect& frame, std::uint32_t seed);
+    void setProperties(const std::string& title);
+    void requestActivation();
+    bool isViewable() const;
+
+    std::unique_ptr<Platform::X11::Connection> m_connection;
+    xcb_window_t m_window = XCB_WINDOW_NONE;
+};
+
+}  // namespace TestSupport
