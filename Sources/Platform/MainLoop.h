@@ -10,7 +10,8 @@
 
 namespace Platform {
 
-// Destroying a timer stops it; its callback does not run afterwards.
+// Destroying a timer stops it; its callback does not run afterwards. The callback may
+// destroy its own timer.
 class Timer {
 public:
     virtual ~Timer() = default;

@@ -55,20 +55,22 @@ timespec timespecOf(std::chrono::nanoseconds duration)
 class TimerfdTimer final : public Timer {
 public:
     TimerfdTimer(FileDescriptorWatcher& watcher, std::chrono::nanoseconds interval, std::function<void()> fired)
-        : m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC), "timerfd_create"), m_fired(std::move(fired))
+        : m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC), "timerfd_create"),
+          m_fired(std::make_shared<const std::function<void()>>(std::move(fired)))
     {
         const itimerspec schedule{.it_interval = timespecOf(interval), .it_value = timespecOf(interval)};
         if (timerfd_settime(m_timer.get(), 0, &schedule, nullptr) != 0)
             fatalError("timerfd_settime", std::strerror(errno));
         m_watch = watcher.watch(m_timer.get(), [this] {
+            const auto fired = m_fired;  // outlives a timer that its own callback destroys
             if (m_timer.drain())
-                m_fired();
+                (*fired)();
         });
     }
 
 private:
     FileDescriptor m_timer;
-    std::function<void()> m_fired;
+    std::shared_ptr<const std::function<void()>> m_fired;
     Token m_watch;
 };
 

@@ -33,7 +33,7 @@ struct QtScreenScales::Connections : QObject {
     std::function<void()> changed;
 };
 
-QtScreenScales::QtScreenScales() : m_connections(std::make_unique<Connections>()) {}
+QtScreenScales::QtScreenScales() : m_connections(std::make_unique<Connections>()) { }
 
 QtScreenScales::~QtScreenScales() = default;
 
@@ -47,9 +47,6 @@ double QtScreenScales::scaleOfScreen(const std::string& name) const
     return 1;
 }
 
-void QtScreenScales::setChangedHandler(std::function<void()> changed)
-{
-    m_connections->changed = std::move(changed);
-}
+void QtScreenScales::setChangedHandler(std::function<void()> changed) { m_connections->changed = std::move(changed); }
 
 }  // namespace Platform

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "Platform/X11/ActiveWindow.h"
+
 namespace Platform::X11 {
 namespace {
 
@@ -35,15 +37,6 @@ std::vector<Monitor> readMonitors(Connection& connection)
             monitors.push_back({"screen", {0, 0, root->width, root->height}, 1});
     }
     return monitors;
-}
-
-xcb_window_t activeWindow(Connection& connection)
-{
-    const auto cookie = xcb_get_property(connection, 0, connection.root(), connection.atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW, 0, 1);
-    const auto reply = adopt(xcb_get_property_reply(connection, cookie, nullptr));
-    if (!reply || xcb_get_property_value_length(reply.get()) < static_cast<int>(sizeof(xcb_window_t)))
-        return XCB_WINDOW_NONE;
-    return *static_cast<const xcb_window_t*>(xcb_get_property_value(reply.get()));
 }
 
 xcb_window_t focusWindow(Connection& connection)
