@@ -62,9 +62,9 @@ public:
         if (timerfd_settime(m_timer.get(), 0, &schedule, nullptr) != 0)
             fatalError("timerfd_settime", std::strerror(errno));
         m_watch = watcher.watch(m_timer.get(), [this] {
-            const auto fired = m_fired;  // outlives a timer that its own callback destroys
+            const auto callback = m_fired;  // outlives a timer that its own callback destroys
             if (m_timer.drain())
-                (*fired)();
+                (*callback)();
         });
     }
 
