@@ -50,28 +50,31 @@ std::optional<std::string> descriptionOf(const xcb_generic_event_t& event)
 }  // namespace
 
 TestWindow::TestWindow(const std::string& displayName, const std::string& title, const DeviceRect& frame, std::uint32_t seed)
+    : TestWindow(displayName, title, DevicePoint{frame.x, frame.y}, testPattern(frame.width, frame.height, seed))
+{
+}
+
+TestWindow::TestWindow(const std::string& displayName, const std::string& title, DevicePoint position, const Platform::Image& contents)
     : m_connection(Connection::open(displayName))
 {
     if (!m_connection)
         throw std::runtime_error("no X server at " + displayName);
-    createWindow(title, frame, seed);
+    createWindow(position, contents);
+    setProperties(title);
+    xcb_map_window(*m_connection, m_window);
     if (!waitUntil([this] { return isViewable(); }))
         throw std::runtime_error("the window '" + title + "' does not appear");
 }
 
-void TestWindow::createWindow(const std::string& title, const DeviceRect& frame, std::uint32_t seed)
+void TestWindow::createWindow(DevicePoint position, const Platform::Image& contents)
 {
     auto& connection = *m_connection;
     m_window = connection.newId();
     // As background the picture is painted by the server itself whenever it is uncovered.
-    const std::uint32_t values[] = {
-        makePixmap(connection, testPattern(frame.width, frame.height, seed)), XCB_GRAVITY_STATIC, recordedEvents, makeVisibleCursor(connection)};
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, m_window, connection.root(), static_cast<std::int16_t>(frame.x),
-        static_cast<std::int16_t>(frame.y), static_cast<std::uint16_t>(frame.width), static_cast<std::uint16_t>(frame.height), 0,
+    const std::uint32_t values[] = {makePixmap(connection, contents), XCB_GRAVITY_STATIC, recordedEvents, makeVisibleCursor(connection)};
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, m_window, connection.root(), static_cast<std::int16_t>(position.x),
+        static_cast<std::int16_t>(position.y), static_cast<std::uint16_t>(contents.width()), static_cast<std::uint16_t>(contents.height()), 0,
         XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP | XCB_CW_WIN_GRAVITY | XCB_CW_EVENT_MASK | XCB_CW_CURSOR, values);
-    setProperties(title);
-    xcb_map_window(connection, m_window);
-    connection.flush();
 }
 
 void TestWindow::setProperties(const std::string& title)

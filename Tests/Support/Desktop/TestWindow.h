@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Image.h"
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/MonitorLayout.h"
 
@@ -16,6 +17,8 @@ public:
     // window manager grants it, filled with testPattern(…, seed). Returns when it can be
     // seen. Throws when that does not come true.
     TestWindow(const std::string& displayName, const std::string& title, const Platform::X11::DeviceRect& frame, std::uint32_t seed);
+    // The same with contents of the caller's.
+    TestWindow(const std::string& displayName, const std::string& title, Platform::X11::DevicePoint position, const Platform::Image& contents);
 
     // Gives the window the focus, as a click in a task bar would. Returns when it has it.
     void activate();
@@ -30,7 +33,7 @@ public:
     xcb_window_t id() const { return m_window; }
 
 private:
-    void createWindow(const std::string& title, const Platform::X11::DeviceRect& frame, std::uint32_t seed);
+    void createWindow(Platform::X11::DevicePoint position, const Platform::Image& contents);
     void setProperties(const std::string& title);
     void requestActivation();
     bool isViewable() const;

@@ -1,0 +1,56 @@
+#include "Support/Desktop/Monitors.h"
+
+#include <xcb/randr.h>
+
+#include <stdexcept>
+
+namespace TestSupport {
+
+using namespace Platform::X11;
+
+namespace {
+
+xcb_randr_output_t firstOutput(const Connection& connection)
+{
+    const auto cookie = xcb_randr_get_screen_resources_current(connection, connection.root());
+    const auto resources = adopt(xcb_randr_get_screen_resources_current_reply(connection, cookie, nullptr));
+    if (!resources || resources->num_outputs == 0)
+        throw std::runtime_error("the X server has no output");
+    return *xcb_randr_get_screen_resources_current_outputs(resources.get());
+}
+
+std::uint32_t millimetres(int pixels) { return static_cast<std::uint32_t>(pixels * 254 / 960); }  // 96 dots per inch
+
+void throwOnError(const Connection& connection, xcb_void_cookie_t cookie)
+{
+    if (adopt(xcb_request_check(connection, cookie)))
+        throw std::runtime_error("the X server refuses the monitor");
+}
+
+}  // namespace
+
+void setMonitor(Connection& connection, const std::string& name, const DeviceRect& frame, bool isPrimary)
+{
+    struct {
+        xcb_randr_monitor_info_t info;
+        xcb_randr_output_t output;
+    } monitor{};
+    monitor.info.name = connection.atom(name);
+    monitor.info.primary = isPrimary ? 1 : 0;
+    monitor.info.nOutput = isPrimary ? 1 : 0;
+    monitor.info.x = static_cast<std::int16_t>(frame.x);
+    monitor.info.y = static_cast<std::int16_t>(frame.y);
+    monitor.info.width = static_cast<std::uint16_t>(frame.width);
+    monitor.info.height = static_cast<std::uint16_t>(frame.height);
+    monitor.info.width_in_millimeters = millimetres(frame.width);
+    monitor.info.height_in_millimeters = millimetres(frame.height);
+    monitor.output = isPrimary ? firstOutput(connection) : xcb_randr_output_t{XCB_NONE};
+    throwOnError(connection, xcb_randr_set_monitor_checked(connection, connection.root(), &monitor.info));
+}
+
+void removeMonitor(Connection& connection, const std::string& name)
+{
+    throwOnError(connection, xcb_randr_delete_monitor_checked(connection, connection.root(), connection.atom(name)));
+}
+
+}  // namespace TestSupport
