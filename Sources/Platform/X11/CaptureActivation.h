@@ -1,5 +1,5 @@
-// How the overlays tell the capture that it will be needed: it listens to the window
-// tree only in between. Main thread only.
+// Switching the capture's knowledge of the screen on and off, for those who show
+// overlays. Any thread.
 #pragma once
 
 namespace Platform::X11 {
@@ -8,9 +8,12 @@ class CaptureActivation {
 public:
     virtual ~CaptureActivation() = default;
 
-    // Before the first overlay's windows exist. Nothing when active already.
+    // To be called before the first window of an overlay is mapped: from then on every
+    // window of the screen keeps its whole contents, covered or not. Twice does no harm.
     virtual void activate() = 0;
-    // After the last overlay is gone.
+
+    // Once no overlay is shown: nothing is listened to, held in the server or kept in
+    // memory afterwards.
     virtual void deactivate() = 0;
 };
 

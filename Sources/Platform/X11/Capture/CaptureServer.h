@@ -1,0 +1,58 @@
+// The capture's own connection with what is known of the server for good: versions,
+// picture formats, atoms. It counts the round trips of the capture.
+#pragma once
+
+#include <xcb/render.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "Platform/X11/Connection.h"
+#include "Platform/X11/MonitorLayout.h"
+
+namespace Platform::X11 {
+
+class CaptureServer {
+public:
+    // Nothing when no server answers.
+    static std::unique_ptr<CaptureServer> open(const std::string& displayName);
+
+    Connection& connection() { return *m_connection; }
+
+    // Without COMPOSITE and RENDER what lies below a window exists nowhere as pixels, and
+    // an untrusted client has neither: then no capture is possible.
+    bool canCapture() const { return m_canCapture; }
+    bool hasShape() const { return m_hasShape; }
+    bool hasSharedMemory() const { return m_hasSharedMemory; }
+    bool hasFixes() const { return m_hasFixes; }
+
+    // The picture format of a visual, 0 when there is none.
+    xcb_render_pictformat_t formatOf(xcb_visualid_t) const;
+
+    // Every wait for the server is counted here.
+    void countRoundTrip() { ++m_roundTrips; }
+    std::uint64_t roundTrips() const { return m_roundTrips; }
+
+private:
+    explicit CaptureServer(std::unique_ptr<Connection>);
+    void negotiate();
+    void readFormats(xcb_render_query_pict_formats_cookie_t);
+
+    std::unique_ptr<Connection> m_connection;
+    bool m_canCapture = false;
+    bool m_hasShape = false;
+    bool m_hasSharedMemory = false;
+    bool m_hasFixes = false;
+    std::vector<std::pair<xcb_visualid_t, xcb_render_pictformat_t>> m_formats;
+    std::uint64_t m_roundTrips = 0;
+};
+
+// Coordinates of requests are 16 bits wide; rectangles of the screen fit them.
+inline xcb_rectangle_t toWire(const DeviceRect& rect)
+{
+    return {static_cast<std::int16_t>(rect.x), static_cast<std::int16_t>(rect.y), static_cast<std::uint16_t>(rect.width),
+        static_cast<std::uint16_t>(rect.height)};
+}
+
+}  // namespace Platform::X11

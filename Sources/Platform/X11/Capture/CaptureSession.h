@@ -1,0 +1,65 @@
+// The time in which the capture is active: what it knows of the screen and holds in
+// the server. All of it ends with the object.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "Platform/ScreenCapture.h"
+#include "Platform/X11/Capture/CaptureServer.h"
+#include "Platform/X11/Capture/ImageReader.h"
+#include "Platform/X11/Capture/PaintPlan.h"
+#include "Platform/X11/Capture/Painter.h"
+#include "Platform/X11/Capture/SampleGrid.h"
+#include "Platform/X11/Capture/StackReader.h"
+#include "Platform/X11/OverlayStack.h"
+#include "Platform/X11/SharedMonitorLayout.h"
+
+namespace Platform::X11 {
+
+class CaptureSession {
+public:
+    CaptureSession(CaptureServer&, const SharedMonitorLayout&, const OverlayStack&);
+
+    // As ScreenCapture::windowsBelow.
+    void capture(std::uint32_t windowNumber, CaptureResolution, std::span<const Rect> rectangles, std::span<Captured> answers);
+
+private:
+    struct Target {
+        SampleGrid grid;
+        bool isUsable = false;
+        bool isPainted = false;  // some of it lies on the screen
+        std::vector<PaintStep> steps;
+        std::size_t composed = 0;  // number of the picture
+    };
+
+    void layTargets(CaptureResolution, std::span<const Rect> rectangles);
+    void catchUp();
+    void takeEvent(const xcb_generic_event_t&);
+    void takeQueuedEvents();
+    void plan(std::uint32_t windowNumber);
+    bool paintAndRead();
+    bool hasFailed() const;
+    bool isStillValid(std::uint32_t windowNumber);
+    bool captureOnce(std::uint32_t windowNumber);
+    void answer(std::span<Captured> answers);
+
+    CaptureServer& m_server;
+    const SharedMonitorLayout& m_layouts;
+    const OverlayStack& m_stack;
+    StackReader m_reader;
+    Painter m_painter;
+    ImageReader m_images;
+    PaintPlanner m_planner;
+    std::shared_ptr<const MonitorLayout> m_layout;
+    std::vector<OverlayEntry> m_entries;
+    BelowOverlay m_below;
+    std::vector<Target> m_targets;
+    std::size_t m_targetCount = 0;
+    std::vector<PaintStep> m_stepsNow;
+    std::uint64_t m_knownGeneration = 0;
+    bool m_hasNews = false;  // events changed what is known
+};
+
+}  // namespace Platform::X11

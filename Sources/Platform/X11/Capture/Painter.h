@@ -1,0 +1,77 @@
+// Paints plans in the server: names the pixmaps of windows when they are first needed
+// and copies or blends their parts into pixmaps of ours.
+#pragma once
+
+#include <xcb/render.h>
+
+#include <cstdint>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "Platform/X11/Capture/CaptureServer.h"
+#include "Platform/X11/Capture/PaintPlan.h"
+#include "Platform/X11/Capture/RootBackground.h"
+
+namespace Platform::X11 {
+
+class Painter {
+public:
+    explicit Painter(CaptureServer&);
+    ~Painter();
+    Painter(const Painter&) = delete;
+    Painter& operator=(const Painter&) = delete;
+
+    // The canvases of the calls before may be used again.
+    void begin();
+    // Paints the steps, of which the first is the highest, into a pixmap whose corner is
+    // the corner of `area`. No round trip.
+    xcb_pixmap_t paint(std::span<const PaintStep>, const DeviceRect& area, const DeviceRect& root);
+
+    // An error of the connection came in. A window whose pixmap could not be named is
+    // named anew next time.
+    void failed(const xcb_generic_error_t&);
+    // True when one of the steps could not be painted for that reason.
+    bool hasFailed(std::span<const PaintStep>) const;
+
+    // Gives back the pixmaps of windows that are gone, unmapped or of another size.
+    void releaseStale(const StackModel&);
+
+private:
+    struct Named {
+        std::uint64_t contents = 0;
+        xcb_pixmap_t pixmap = XCB_NONE;
+        xcb_render_picture_t picture = XCB_NONE;
+        xcb_render_picture_t mask = XCB_NONE;
+        std::uint8_t maskAlpha = 0xff;
+        unsigned request = 0;  // that named it
+        bool hasFailed = false;
+    };
+    struct Canvas {
+        xcb_pixmap_t pixmap = XCB_NONE;
+        xcb_render_picture_t picture = XCB_NONE;
+        int width = 0;
+        int height = 0;
+        bool isInUse = false;
+        std::uint64_t lastUse = 0;
+    };
+
+    Named& named(const PaintStep&);
+    void release(Named&);
+    Canvas& canvasFor(const DeviceRect& area);
+    void release(Canvas&);
+    void paintWindow(const PaintStep&, const Canvas&, const DeviceRect& area);
+    void paintRoot(const PaintStep&, const Canvas&, const DeviceRect& area, const DeviceRect& root);
+    void copy(xcb_drawable_t, DevicePoint source, const PaintStep&, const Canvas&, const DeviceRect& area);
+    void blend(Named&, const PaintStep&, const Canvas&, const DeviceRect& area);
+
+    CaptureServer& m_server;
+    xcb_connection_t* m_c;
+    xcb_gcontext_t m_gc;
+    RootBackground m_rootBackground;
+    std::unordered_map<xcb_window_t, Named> m_named;
+    std::vector<Canvas> m_canvases;
+    std::uint64_t m_uses = 0;
+};
+
+}  // namespace Platform::X11

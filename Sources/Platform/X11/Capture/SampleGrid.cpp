@@ -1,0 +1,89 @@
+#include "Platform/X11/Capture/SampleGrid.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Platform::X11 {
+namespace {
+
+constexpr double furthestCoordinate = 1e6;
+constexpr double largestSide = 65535;
+constexpr double largestArea = 1 << 28;
+
+bool isUsable(const Rect& rect)
+{
+    const bool isNear = std::abs(rect.x) <= furthestCoordinate && std::abs(rect.y) <= furthestCoordinate;  // false for not-a-number
+    return isNear && rect.width > 0 && rect.height > 0 && rect.width <= largestSide && rect.height <= largestSide &&
+        rect.width * rect.height <= largestArea;
+}
+
+void laySide(std::vector<int>& samples, int start, int length, int count, double step)
+{
+    samples.resize(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i)
+        samples[static_cast<std::size_t>(i)] = start + std::min(snap(i * step), length - 1);
+}
+
+// Indices of the samples that lie in [from, to).
+struct Range {
+    std::size_t from;
+    std::size_t to;
+};
+Range samplesWithin(const std::vector<int>& samples, int from, int to)
+{
+    const auto index = [&](int value) { return static_cast<std::size_t>(std::lower_bound(samples.begin(), samples.end(), value) - samples.begin()); };
+    return {index(from), index(to)};
+}
+
+}  // namespace
+
+bool SampleGrid::lay(const MonitorLayout& layout, const DeviceRect& root, const Rect& rect, CaptureResolution resolution)
+{
+    if (!isUsable(rect))
+        return false;
+    const auto device = layout.deviceRectOfCapture(rect);
+    if (device.isEmpty())
+        return false;
+    const bool isBest = resolution == CaptureResolution::best;
+    const double step = isBest ? 1 : layout.scaleOfCapture(rect);
+    laySide(m_columns, device.x, device.width, isBest ? device.width : std::max(1, snap(rect.width)), step);
+    laySide(m_rows, device.y, device.height, isBest ? device.height : std::max(1, snap(rect.height)), step);
+    const DeviceRect sampled = {m_columns.front(), m_rows.front(), m_columns.back() - m_columns.front() + 1, m_rows.back() - m_rows.front() + 1};
+    m_area = intersection(sampled, root);
+    if (m_area.isEmpty())
+        m_area = {};
+    return true;
+}
+
+void SampleGrid::fill(const MonitorLayout& layout, std::span<const std::uint32_t> pixels, Image& image) const
+{
+    image.resize(static_cast<int>(m_columns.size()), static_cast<int>(m_rows.size()));
+    const DevicePoint first = {m_columns.front(), m_rows.front()};
+    const DevicePoint last = {m_columns.back(), m_rows.back()};
+    const auto showsAll = [&](const Monitor& monitor) {
+        const auto visible = intersection(monitor.frame, m_area);
+        return visible.contains(first) && visible.contains(last);
+    };
+    const auto& monitors = layout.monitors();
+    if (std::none_of(monitors.begin(), monitors.end(), showsAll))
+        std::fill(image.pixels().begin(), image.pixels().end(), 0U);
+    for (const auto& monitor : monitors)
+        fillPart(intersection(monitor.frame, m_area), pixels, image);
+}
+
+void SampleGrid::fillPart(const DeviceRect& visible, std::span<const std::uint32_t> pixels, Image& image) const
+{
+    constexpr std::uint32_t opaque = 0xff000000;
+    if (visible.isEmpty())
+        return;
+    const auto columns = samplesWithin(m_columns, visible.x, visible.right());
+    const auto rows = samplesWithin(m_rows, visible.y, visible.bottom());
+    for (auto row = rows.from; row < rows.to; ++row) {
+        const auto* from = pixels.data() + static_cast<std::ptrdiff_t>(m_rows[row] - m_area.y) * m_area.width - m_area.x;
+        auto* to = image.pixels().data() + row * m_columns.size();
+        for (auto column = columns.from; column < columns.to; ++column)
+            to[column] = from[m_columns[column]] | opaque;
+    }
+}
+
+}  // namespace Platform::X11

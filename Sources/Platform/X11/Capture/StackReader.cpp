@@ -1,0 +1,228 @@
+#include "Platform/X11/Capture/StackReader.h"
+
+#include <xcb/composite.h>
+#include <xcb/xfixes.h>
+
+#include <algorithm>
+#include <string>
+
+namespace Platform::X11 {
+namespace {
+
+constexpr std::uint32_t stackEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+
+void setEventMask(xcb_connection_t* c, xcb_window_t window, std::uint32_t events)
+{
+    xcb_change_window_attributes(c, window, XCB_CW_EVENT_MASK, &events);
+}
+
+// "_NET_WM_CM_Sn" of the connection's screen.
+xcb_atom_t compositorSelection(Connection& connection)
+{
+    int number = 0;
+    auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (; screen.rem > 1 && screen.data->root != connection.root(); xcb_screen_next(&screen))
+        ++number;
+    return connection.atom("_NET_WM_CM_S" + std::to_string(number));
+}
+
+}  // namespace
+
+StackReader::StackReader(CaptureServer& server)
+    : m_server(server), m_c(server.connection()), m_opacityAtom(server.connection().atom("_NET_WM_WINDOW_OPACITY")),
+      m_compositorSelection(compositorSelection(server.connection())), m_model(identifiers())
+{
+    select(stackEvents);
+    xcb_composite_redirect_subwindows(m_c, server.connection().root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+    prime();
+}
+
+StackReader::~StackReader()
+{
+    select(XCB_EVENT_MASK_NO_EVENT);
+    for (const auto& window : m_model.windows()) {
+        if (!window.isWatched)
+            continue;
+        setEventMask(m_c, window.id, XCB_EVENT_MASK_NO_EVENT);
+        if (m_server.hasShape())
+            xcb_shape_select_input(m_c, window.id, 0);
+    }
+    xcb_composite_unredirect_subwindows(m_c, m_server.connection().root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+    xcb_flush(m_c);
+    dropEvents();
+}
+
+StackModel::Identifiers StackReader::identifiers()
+{
+    auto& connection = m_server.connection();
+    const auto* setup = xcb_get_setup(m_c);
+    StackModel::Identifiers identifiers;
+    identifiers.root = connection.root();
+    identifiers.ownBase = setup->resource_id_base;
+    identifiers.mask = setup->resource_id_mask;
+    identifiers.shapeNotify =
+        m_server.hasShape() ? static_cast<std::uint8_t>(connection.firstEvent(xcb_shape_id) + XCB_SHAPE_NOTIFY) : std::uint8_t{0};
+    identifiers.opacity = m_opacityAtom;
+    for (const auto* name : {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID", "_XSETROOT_ID"})
+        identifiers.wallpapers.push_back(connection.atom(name));
+    return identifiers;
+}
+
+void StackReader::select(std::uint32_t rootEvents)
+{
+    const auto root = m_server.connection().root();
+    setEventMask(m_c, root, rootEvents);
+    if (!m_server.hasFixes())
+        return;
+    const std::uint32_t ownerEvents = rootEvents == XCB_EVENT_MASK_NO_EVENT ? 0U
+                                                                            : XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+            XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE;
+    xcb_xfixes_select_selection_input(m_c, root, m_compositorSelection, ownerEvents);
+}
+
+// Events that are already on their way tell of the time before the grab.
+void StackReader::dropEvents()
+{
+    while (Event(xcb_poll_for_queued_event(m_c))) { }
+}
+
+void StackReader::prime()
+{
+    const auto root = m_server.connection().root();
+    xcb_grab_server(m_c);
+    const auto ownerCookie = xcb_get_selection_owner(m_c, m_compositorSelection);
+    const auto rootCookie = xcb_get_geometry(m_c, root);
+    const auto treeCookie = xcb_query_tree(m_c, root);
+    const auto owner = adopt(xcb_get_selection_owner_reply(m_c, ownerCookie, nullptr));
+    const auto geometry = adopt(xcb_get_geometry_reply(m_c, rootCookie, nullptr));
+    const auto tree = adopt(xcb_query_tree_reply(m_c, treeCookie, nullptr));
+    m_server.countRoundTrip();
+    dropEvents();
+
+    m_compositor = owner ? owner->owner : xcb_window_t{XCB_WINDOW_NONE};
+    m_model.clear();
+    if (geometry)
+        m_model.setRootSize(geometry->width, geometry->height);
+    const auto* children = tree ? xcb_query_tree_children(tree.get()) : nullptr;
+    for (int i = 0; tree && i < xcb_query_tree_children_length(tree.get()); ++i)
+        m_model.add(children[i]);
+    for (auto& window : m_model.windows())
+        ask(window);
+    xcb_ungrab_server(m_c);
+    collectAnswers(true);
+}
+
+bool StackReader::handle(const xcb_generic_event_t& event)
+{
+    const auto fixesBase = m_server.connection().firstEvent(xcb_xfixes_id);
+    if (m_server.hasFixes() && eventType(event) == fixesBase + XCB_XFIXES_SELECTION_NOTIFY) {
+        const auto& selection = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
+        if (selection.selection != m_compositorSelection)
+            return false;
+        m_compositor = selection.subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER ? selection.owner : xcb_window_t{XCB_WINDOW_NONE};
+        ++m_compositorChanges;
+        return true;
+    }
+    return m_model.handle(event);
+}
+
+bool StackReader::needsLearning() const
+{
+    const auto windows = m_model.windows();
+    return std::any_of(windows.begin(), windows.end(), [](const ToplevelWindow& window) { return window.needsLearning(); });
+}
+
+void StackReader::learn()
+{
+    for (auto& window : m_model.windows()) {
+        if (window.needsLearning())
+            ask(window);
+    }
+    collectAnswers(false);
+}
+
+// Selected before the questions, so that no change falls between answer and event.
+void StackReader::watch(ToplevelWindow& window)
+{
+    if (window.isWatched)
+        return;
+    setEventMask(m_c, window.id, XCB_EVENT_MASK_PROPERTY_CHANGE);
+    if (m_server.hasShape())
+        xcb_shape_select_input(m_c, window.id, 1);
+    window.isWatched = true;
+}
+
+void StackReader::ask(ToplevelWindow& window)
+{
+    Question question{};
+    question.window = window.id;
+    question.asksAttributes = window.needsAttributes;
+    if (question.asksAttributes) {
+        question.attributes = xcb_get_window_attributes(m_c, window.id);
+        question.geometry = xcb_get_geometry(m_c, window.id);
+    }
+    watch(window);
+    if (m_server.hasShape()) {
+        question.extents = xcb_shape_query_extents(m_c, window.id);
+        question.shape = xcb_shape_get_rectangles(m_c, window.id, XCB_SHAPE_SK_BOUNDING);
+    }
+    question.opacity = xcb_get_property(m_c, 0, window.id, m_opacityAtom, XCB_ATOM_CARDINAL, 0, 1);
+    m_questions.push_back(question);
+}
+
+void StackReader::collectAnswers(bool isPriming)
+{
+    if (m_questions.empty()) {
+        xcb_flush(m_c);
+        return;
+    }
+    for (const auto& question : m_questions) {
+        if (question.asksAttributes)
+            takeAttributes(question, isPriming);
+        takeDetails(question);
+    }
+    m_server.countRoundTrip();
+    m_questions.clear();
+}
+
+// A window without answers is gone; its event is on the way.
+void StackReader::takeAttributes(const Question& question, bool isPriming)
+{
+    const auto attributes = adopt(xcb_get_window_attributes_reply(m_c, question.attributes, nullptr));
+    const auto geometry = adopt(xcb_get_geometry_reply(m_c, question.geometry, nullptr));
+    auto* window = m_model.find(question.window);
+    if (!attributes || !geometry || window == nullptr)
+        return;
+    window->isInputOnly = attributes->_class == XCB_WINDOW_CLASS_INPUT_ONLY;
+    window->visual = attributes->visual;
+    window->depth = geometry->depth;
+    window->needsAttributes = false;
+    m_model.setGeometry(*window, {geometry->x, geometry->y, geometry->width, geometry->height}, geometry->border_width);
+    if (isPriming)
+        m_model.setMapped(*window, attributes->map_state != XCB_MAP_STATE_UNMAPPED);
+}
+
+void StackReader::takeDetails(const Question& question)
+{
+    auto* window = m_model.find(question.window);
+    if (m_server.hasShape()) {
+        const auto extents = adopt(xcb_shape_query_extents_reply(m_c, question.extents, nullptr));
+        const auto shape = adopt(xcb_shape_get_rectangles_reply(m_c, question.shape, nullptr));
+        if (window != nullptr && extents && shape) {
+            window->isShaped = extents->bounding_shaped != 0;
+            window->shape.clear();
+            const auto* rects = xcb_shape_get_rectangles_rectangles(shape.get());
+            for (int i = 0; window->isShaped && i < xcb_shape_get_rectangles_rectangles_length(shape.get()); ++i)
+                window->shape.push_back({rects[i].x, rects[i].y, rects[i].width, rects[i].height});
+        }
+    }
+    const auto opacity = adopt(xcb_get_property_reply(m_c, question.opacity, nullptr));
+    if (window == nullptr)
+        return;
+    const bool isSet = opacity && opacity->format == 32 && xcb_get_property_value_length(opacity.get()) == 4;
+    window->opacity = isSet ? *static_cast<const std::uint32_t*>(xcb_get_property_value(opacity.get())) : fullOpacity;
+    window->needsShape = false;
+    window->needsOpacity = false;
+}
+
+}  // namespace Platform::X11
