@@ -10,7 +10,7 @@ namespace TestSupport {
 class FakeMainLoop::FakeTimer final : public Platform::Timer {
 public:
     FakeTimer(FakeMainLoop& loop, std::chrono::nanoseconds interval, std::function<void()> fired)
-        : m_loop(loop), m_interval(interval), m_due(loop.m_now + interval), m_fired(std::move(fired))
+        : m_loop(loop), m_interval(interval), m_due(loop.m_now + interval), m_fired(std::make_shared<const std::function<void()>>(std::move(fired)))
     {
         m_loop.m_timers.push_back(this);
     }
@@ -33,14 +33,14 @@ public:
         m_due += m_interval;
         // The callback may end the timer.
         const auto fired = m_fired;
-        fired();
+        (*fired)();
     }
 
 private:
     FakeMainLoop& m_loop;
     const std::chrono::nanoseconds m_interval;
     std::chrono::nanoseconds m_due;
-    const std::function<void()> m_fired;
+    const std::shared_ptr<const std::function<void()>> m_fired;
 };
 
 FakeMainLoop::~FakeMainLoop() = default;
