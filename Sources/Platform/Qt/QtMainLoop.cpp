@@ -93,6 +93,9 @@ struct QtMainLoop::Tasks {
         }
         while (!running.isEmpty()) {
             Task task = running.pop();
+            // The task may run a nested loop, which has to hear of the rest.
+            if (!running.isEmpty())
+                wakeUp.signal();
             task();
         }
     }
