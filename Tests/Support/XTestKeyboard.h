@@ -27,6 +27,11 @@ public:
     // Presses in order, releases in the opposite order.
     void chord(std::initializer_list<std::uint16_t> evdevCodes);
 
+    // The server repeats held keys 50 ms after the press and then every 10 ms.
+    void repeatQuickly();
+    // How often the server has repeated held keys so far, whoever got the events.
+    int repeats();
+
     // The layout group, counted from 0, that stays on.
     void lockGroup(std::uint8_t group);
     // Sets exactly these modifiers (XCB_MOD_MASK_...) as locked.
@@ -43,6 +48,7 @@ private:
     xcb_connection_t* m_connection;
     xcb_window_t m_root = XCB_WINDOW_NONE;
     std::set<std::uint16_t> m_held;
+    int m_repeats = 0;
 };
 
 }  // namespace TestSupport

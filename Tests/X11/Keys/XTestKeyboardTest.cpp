@@ -6,6 +6,7 @@
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/Keys/XkbProtocol.h"
 #include "Support/PrivateServer.h"
+#include "Support/WaitUntil.h"
 
 using Platform::X11::adopt;
 using Platform::X11::Connection;
@@ -48,6 +49,18 @@ TEST_F(XTestKeyboardTest, ReleasesWhatIsHeldAtItsEnd)
         keyboard.press(KEY_A);
     }
     EXPECT_FALSE(isDown(38));
+}
+
+TEST_F(XTestKeyboardTest, CountsAutoRepeats)
+{
+    TestSupport::XTestKeyboard keyboard(m_server.displayName());
+    keyboard.repeatQuickly();
+    keyboard.press(KEY_A);
+    EXPECT_TRUE(TestSupport::waitUntil([&] { return keyboard.repeats() >= 3; }));
+    keyboard.release(KEY_A);
+    const auto repeats = keyboard.repeats();
+    keyboard.tap(KEY_B);
+    EXPECT_EQ(keyboard.repeats(), repeats);
 }
 
 TEST_F(XTestKeyboardTest, LocksGroupsAndModifiers)
