@@ -34,7 +34,7 @@ void FocusLoan::begin(xcb_window_t window)
         selectFocusEvents(true);
     const auto former = std::exchange(m_window, window);
     if (m_isBorrowed && hasFocus(former))
-        xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_NONE, m_window, XCB_CURRENT_TIME);
+        m_isBorrowed = setFocus(m_window);
     else
         takeIfNobodyHasIt();
 }
@@ -47,7 +47,7 @@ void FocusLoan::end()
     const auto window = std::exchange(m_window, XCB_WINDOW_NONE);
     selectFocusEvents(false);
     if (std::exchange(m_isBorrowed, false) && hasFocus(window))
-        xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_NONE, XCB_INPUT_FOCUS_NONE, XCB_CURRENT_TIME);
+        setFocus(XCB_WINDOW_NONE);
     m_connection.flush();
 }
 
@@ -63,11 +63,14 @@ void FocusLoan::handle(const xcb_generic_event_t& event)
 
 void FocusLoan::takeIfNobodyHasIt()
 {
-    if (!hasFocus(XCB_WINDOW_NONE))
-        return;
-    m_isBorrowed = true;
-    xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_NONE, m_window, XCB_CURRENT_TIME);
-    m_connection.flush();
+    if (hasFocus(XCB_WINDOW_NONE))
+        m_isBorrowed = setFocus(m_window);
+}
+
+bool FocusLoan::setFocus(xcb_window_t window) const
+{
+    const auto request = xcb_set_input_focus_checked(m_connection, XCB_INPUT_FOCUS_NONE, window, XCB_CURRENT_TIME);
+    return adopt(xcb_request_check(m_connection, request)) == nullptr;
 }
 
 bool FocusLoan::hasFocus(xcb_window_t window) const

@@ -27,6 +27,7 @@ public:
 private:
     void takeIfNobodyHasIt();
     bool hasFocus(xcb_window_t window) const;
+    bool setFocus(xcb_window_t window) const;
     void selectFocusEvents(bool isOn) const;
 
     Connection& m_connection;

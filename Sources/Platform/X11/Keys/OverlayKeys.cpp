@@ -54,8 +54,8 @@ void OverlayKeys::release()
     if (std::exchange(m_keyDown, nullptr) == nullptr)
         return;
     m_rawKeys.listen(false, false);
-    ungrabKeyboard();
     m_focus.end();
+    ungrabKeyboard();
     m_held.clear();
     m_pump.collectAfterRoundTrips();
 }
@@ -132,8 +132,9 @@ void OverlayKeys::grabKeyboard()
 void OverlayKeys::ungrabKeyboard()
 {
     m_foreign.clear();
-    xcb_ungrab_key(*m_connection, XCB_GRAB_ANY, m_connection->root(), XCB_MOD_MASK_ANY);
-    m_connection->flush();
+    // Waits for the server: whoever comes next finds the keys free.
+    const auto request = xcb_ungrab_key_checked(*m_connection, XCB_GRAB_ANY, m_connection->root(), XCB_MOD_MASK_ANY);
+    adopt(xcb_request_check(*m_connection, request));
 }
 
 void OverlayKeys::noteHeldKeys()
