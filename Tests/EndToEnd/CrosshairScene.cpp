@@ -2,6 +2,8 @@
 
 #include <linux/input-event-codes.h>
 
+#include <stdexcept>
+
 #include "EndToEnd/ExpectedScreen.h"
 #include "Support/Desktop/TestPattern.h"
 #include "Support/Desktop/VisibleCursor.h"
@@ -17,6 +19,8 @@ CrosshairScene::CrosshairScene(WindowManagerKind kind, const TarnwickProgram::En
     m_desktop.pointer().moveTo(300, 300);
     m_active.activate();
     m_program.waitUntilReady();
+    if (!waitUntil([this] { return m_active.isPaintedOn(m_desktop.screenshot()); }))
+        throw std::runtime_error("the active window is not painted");
     m_beneath = m_desktop.screenshotAtRest();
     m_active.takeEvents();
     m_other.takeEvents();

@@ -94,6 +94,21 @@ TEST_P(CrosshairTest, LeavesTheFocusWhereItIs)
     EXPECT_EQ(scene.otherWindow().takeEvents(), Events{});
 }
 
+// Where the focus follows the pointer, what lies under it is entered when the crosshair goes.
+TEST_P(CrosshairTest, LeavesTheFocusWhenThePointerEndsOverAnotherWindow)
+{
+    const auto focus = desktop.focus();
+    const auto activeWindow = desktop.activeWindow();
+    scene.pressShortcut();
+    ASSERT_TRUE(scene.showsCrosshairAt(300, 300));
+    desktop.pointer().moveTo(900, 600);
+    ASSERT_TRUE(scene.showsCrosshairAt(900, 600));
+    scene.pressEscape();
+    EXPECT_TRUE(scene.showsNoCrosshair());
+    EXPECT_EQ(desktop.focus(), focus);
+    EXPECT_EQ(desktop.activeWindow(), activeWindow);
+}
+
 TEST_P(CrosshairTest, SwallowsKeys)
 {
     scene.pressShortcut();

@@ -12,6 +12,7 @@
 #include "Support/WaitUntil.h"
 
 using namespace TestSupport;
+using Platform::X11::DeviceRect;
 using Events = std::vector<std::string>;
 
 namespace {
@@ -25,11 +26,13 @@ TEST_P(DesktopTest, ShowsTheContentsOfTheActiveWindow)
     Desktop desktop(GetParam());
     TestWindow window(desktop.displayName(), "one", {100, 90, 500, 400}, 1);
     window.activate();
-    const auto screen = desktop.screenshotAtRest();
+    EXPECT_TRUE(waitUntil([&] { return window.isPaintedOn(desktop.screenshot()); }));
     const auto contents = window.contents();
+    const auto screen = desktop.screenshot();
     const auto pattern = testPattern(500, 400, 1);
     EXPECT_EQ(screen.pixel(contents.x, contents.y), pattern.pixel(0, 0));
     EXPECT_EQ(screen.pixel(contents.x + 250, contents.y + 170), pattern.pixel(250, 170));
+    EXPECT_EQ(contents, (DeviceRect{100, 90, 500, 400}));
     EXPECT_EQ(desktop.focus(), window.id());
 }
 

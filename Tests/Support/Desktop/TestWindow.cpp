@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "Support/Desktop/TestPattern.h"
 #include "Support/Desktop/VisibleCursor.h"
@@ -47,6 +48,23 @@ std::optional<std::string> descriptionOf(const xcb_generic_event_t& event)
     }
 }
 
+// WM_NORMAL_HINTS. A window whose size cannot change is left in its place by window
+// managers that otherwise tile.
+std::array<std::uint32_t, 18> fixedPlaceAndSize(std::uint32_t width, std::uint32_t height)
+{
+    constexpr std::uint32_t positionOfUser = 1;
+    constexpr std::uint32_t sizeOfUser = 1U << 1;
+    constexpr std::uint32_t leastSize = 1U << 4;
+    constexpr std::uint32_t greatestSize = 1U << 5;
+    constexpr std::uint32_t gravity = 1U << 9;
+    std::array<std::uint32_t, 18> hints{};
+    hints[0] = positionOfUser | sizeOfUser | leastSize | greatestSize | gravity;
+    hints[5] = hints[7] = width;
+    hints[6] = hints[8] = height;
+    hints[17] = XCB_GRAVITY_STATIC;  // the position is the contents', not the frame's
+    return hints;
+}
+
 }  // namespace
 
 TestWindow::TestWindow(const std::string& displayName, const std::string& title, const DeviceRect& frame, std::uint32_t seed)
@@ -54,27 +72,40 @@ TestWindow::TestWindow(const std::string& displayName, const std::string& title,
 {
 }
 
-TestWindow::TestWindow(const std::string& displayName, const std::string& title, DevicePoint position, const Platform::Image& contents)
-    : m_connection(Connection::open(displayName))
+TestWindow::TestWindow(const std::string& displayName, const std::string& title, DevicePoint position, Platform::Image contents)
+    : m_contents(std::move(contents)), m_connection(Connection::open(displayName))
 {
     if (!m_connection)
         throw std::runtime_error("no X server at " + displayName);
-    createWindow(position, contents);
+    createWindow(position);
     setProperties(title);
     xcb_map_window(*m_connection, m_window);
     if (!waitUntil([this] { return isViewable(); }))
         throw std::runtime_error("the window '" + title + "' does not appear");
+    moveIntoPlace(position);
 }
 
-void TestWindow::createWindow(DevicePoint position, const Platform::Image& contents)
+void TestWindow::createWindow(DevicePoint position)
 {
     auto& connection = *m_connection;
     m_window = connection.newId();
     // As background the picture is painted by the server itself whenever it is uncovered.
-    const std::uint32_t values[] = {makePixmap(connection, contents), XCB_GRAVITY_STATIC, recordedEvents, makeVisibleCursor(connection)};
+    const std::uint32_t values[] = {makePixmap(connection, m_contents), XCB_GRAVITY_STATIC, recordedEvents, makeVisibleCursor(connection)};
     xcb_create_window(connection, XCB_COPY_FROM_PARENT, m_window, connection.root(), static_cast<std::int16_t>(position.x),
-        static_cast<std::int16_t>(position.y), static_cast<std::uint16_t>(contents.width()), static_cast<std::uint16_t>(contents.height()), 0,
+        static_cast<std::int16_t>(position.y), static_cast<std::uint16_t>(m_contents.width()), static_cast<std::uint16_t>(m_contents.height()), 0,
         XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP | XCB_CW_WIN_GRAVITY | XCB_CW_EVENT_MASK | XCB_CW_CURSOR, values);
+}
+
+// i3 puts a new floating window into the middle.
+void TestWindow::moveIntoPlace(DevicePoint position)
+{
+    const auto isInPlace = [&] { return contents().x == position.x && contents().y == position.y; };
+    if (waitUntil(isInPlace, std::chrono::milliseconds(50)))
+        return;
+    const std::int32_t values[] = {position.x, position.y};
+    xcb_configure_window(*m_connection, m_window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);
+    if (!waitUntil(isInPlace))
+        throw std::runtime_error("the window manager does not let the window where it wants to be");
 }
 
 void TestWindow::setProperties(const std::string& title)
@@ -84,12 +115,7 @@ void TestWindow::setProperties(const std::string& title)
         connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(title.size()), title.data());
     constexpr std::string_view windowClass("tarnwick-test\0Tarnwick-test\0", 28);
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, windowClass.size(), windowClass.data());
-    std::array<std::uint32_t, 18> sizeHints{};
-    constexpr std::uint32_t positionOfUser = 1;
-    constexpr std::uint32_t sizeOfUser = 2;
-    constexpr std::uint32_t hasGravity = 1U << 9;
-    sizeHints.front() = positionOfUser | sizeOfUser | hasGravity;
-    sizeHints.back() = XCB_GRAVITY_STATIC;  // the position is the contents', not the frame's
+    const auto sizeHints = fixedPlaceAndSize(static_cast<std::uint32_t>(m_contents.width()), static_cast<std::uint32_t>(m_contents.height()));
     xcb_change_property(
         connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, sizeHints.size(), sizeHints.data());
     constexpr std::array<std::uint32_t, 9> takesFocus = {1, 1, 0, 0, 0, 0, 0, 0, 0};
@@ -146,6 +172,21 @@ std::vector<std::string> TestWindow::takeEvents()
             descriptions.push_back(std::move(*description));
     }
     return descriptions;
+}
+
+bool TestWindow::isPaintedOn(const Platform::Image& screen) const
+{
+    const auto frame = contents();
+    const DeviceRect whole{0, 0, screen.width(), screen.height()};
+    if (intersection(frame, whole) != frame)
+        return false;
+    for (int y = 0; y < frame.height; ++y) {
+        for (int x = 0; x < frame.width; ++x) {
+            if (screen.pixel(frame.x + x, frame.y + y) != m_contents.pixel(x % m_contents.width(), y % m_contents.height()))
+                return false;
+        }
+    }
+    return true;
 }
 
 DeviceRect TestWindow::contents() const

@@ -13,12 +13,11 @@ namespace TestSupport {
 
 class TestWindow {
 public:
-    // Shows the window, its contents at `frame` (device pixels of the X screen) where the
-    // window manager grants it, filled with testPattern(…, seed). Returns when it can be
-    // seen. Throws when that does not come true.
+    // Shows the window, its contents at `frame` (device pixels of the X screen), filled with
+    // testPattern(…, seed). Returns when it is there. Throws when that does not come true.
     TestWindow(const std::string& displayName, const std::string& title, const Platform::X11::DeviceRect& frame, std::uint32_t seed);
     // The same with contents of the caller's.
-    TestWindow(const std::string& displayName, const std::string& title, Platform::X11::DevicePoint position, const Platform::Image& contents);
+    TestWindow(const std::string& displayName, const std::string& title, Platform::X11::DevicePoint position, Platform::Image contents);
 
     // Gives the window the focus, as a click in a task bar would. Returns when it has it.
     void activate();
@@ -28,16 +27,22 @@ public:
     // "ButtonPress 1", "FocusOut". What grabs do to the focus for a moment is left out.
     std::vector<std::string> takeEvents();
 
+    // True when that picture of the screen shows the contents all over the window; a
+    // compositor may be slow to paint them.
+    bool isPaintedOn(const Platform::Image& screen) const;
+
     // Where the window's contents really are.
     Platform::X11::DeviceRect contents() const;
     xcb_window_t id() const { return m_window; }
 
 private:
-    void createWindow(Platform::X11::DevicePoint position, const Platform::Image& contents);
+    void createWindow(Platform::X11::DevicePoint position);
+    void moveIntoPlace(Platform::X11::DevicePoint position);
     void setProperties(const std::string& title);
     void requestActivation();
     bool isViewable() const;
 
+    const Platform::Image m_contents;
     std::unique_ptr<Platform::X11::Connection> m_connection;
     xcb_window_t m_window = XCB_WINDOW_NONE;
 };
