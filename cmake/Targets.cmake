@@ -8,7 +8,7 @@ endif()
 
 add_library(tarnwick_options INTERFACE)
 target_compile_options(tarnwick_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wall -Wextra -Wpedantic -Wno-missing-field-initializers -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     -fvisibility=hidden)
 if(TARNWICK_WARNINGS_AS_ERRORS)
     target_compile_options(tarnwick_options INTERFACE -Werror)

@@ -1,0 +1,142 @@
+#include "Platform/X11/Overlays/X11OverlayWindow.h"
+
+#include <algorithm>
+
+namespace Platform::X11 {
+namespace {
+
+// Takes the clicks and lets none of them reach the window beneath.
+xcb_window_t createCatcher(Connection& connection)
+{
+    const auto window = connection.newId();
+    const xcb_create_window_value_list_t values{
+        .override_redirect = 1,
+        .do_not_propogate_mask = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION,
+    };
+    xcb_create_window_aux(connection, XCB_COPY_FROM_PARENT, window, connection.root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+        XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_DONT_PROPAGATE, &values);
+    return window;
+}
+
+void raiseWindow(Connection& connection, xcb_window_t window)
+{
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+}
+
+}  // namespace
+
+X11OverlayWindow::X11OverlayWindow(X11OverlayWindows& owner, const OverlayStyle& style, OverlayWindowDelegate& delegate, std::int64_t windowNumber)
+    : m_owner(owner), m_connection(owner.m_parts.requests), m_delegate(delegate), m_windowNumber(windowNumber),
+      m_catcher(createCatcher(m_connection)), m_format(makeFormat(style.hasShadow))
+{
+    setFrame(style.frame);
+    m_owner.add(*this);
+}
+
+X11OverlayWindow::~X11OverlayWindow()
+{
+    m_owner.orderOut(*this);
+    m_pictures.clear();
+    xcb_destroy_window(m_connection, m_catcher);
+    if (m_format.colormap != m_connection.screen().default_colormap)
+        xcb_free_colormap(m_connection, m_format.colormap);
+    m_connection.flush();
+    m_owner.remove(*this);
+}
+
+PictureFormat X11OverlayWindow::makeFormat(bool hasShadow)
+{
+    const auto& screen = m_connection.screen();
+    const auto argb = m_connection.argbVisual();
+    if (argb == 0 || !m_connection.hasCompositor())
+        return {false, screen.root_depth, screen.root_visual, screen.default_colormap, hasShadow};
+    const auto colormap = m_connection.newId();
+    xcb_create_colormap(m_connection, XCB_COLORMAP_ALLOC_NONE, colormap, m_connection.root(), argb);
+    return {true, 32, argb, colormap, hasShadow};
+}
+
+void X11OverlayWindow::setFrame(const Rect& frame)
+{
+    m_frame = frame;
+    m_deviceFrame = m_owner.m_parts.layout.get()->deviceRectOfDesktop(frame);
+    if (m_deviceFrame.isEmpty()) {
+        xcb_unmap_window(m_connection, m_catcher);
+        return;
+    }
+    const xcb_configure_window_value_list_t values{.x = m_deviceFrame.x,
+        .y = m_deviceFrame.y,
+        .width = static_cast<std::uint32_t>(m_deviceFrame.width),
+        .height = static_cast<std::uint32_t>(m_deviceFrame.height)};
+    xcb_configure_window_aux(
+        m_connection, m_catcher, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, &values);
+    m_connection.flush();
+}
+
+void X11OverlayWindow::present(std::span<const Picture> pictures)
+{
+    const auto windowsBefore = m_pictures.size();
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        auto& window = pictureWindow(i);
+        const auto whole = deviceRectOf(pictures[i].rectangle);
+        window.show(pictures[i], whole, intersection(whole, m_deviceFrame), m_isShown);
+    }
+    for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
+        m_pictures[i]->show({}, {}, {}, false);
+    if (m_pictures.size() != windowsBefore)
+        raise();
+    m_connection.flush();
+
+    if (m_pictures.size() != windowsBefore)
+        m_owner.publishStack();
+    for (const auto& window : m_pictures)
+        m_owner.m_parts.stack.movePicture(window->id(), m_isShown ? window->frame() : DeviceRect{});
+}
+
+PictureWindow& X11OverlayWindow::pictureWindow(std::size_t index)
+{
+    while (m_pictures.size() <= index)
+        m_pictures.push_back(std::make_unique<PictureWindow>(m_connection, m_format));
+    return *m_pictures[index];
+}
+
+DeviceRect X11OverlayWindow::deviceRectOf(const Rect& viewRect) const
+{
+    return m_owner.m_parts.layout.get()->deviceRectOfDesktop({m_frame.x + viewRect.x, m_frame.y + viewRect.y, viewRect.width, viewRect.height});
+}
+
+bool X11OverlayWindow::consistsOf(xcb_window_t window) const
+{
+    return window == m_catcher ||
+        std::any_of(m_pictures.begin(), m_pictures.end(), [window](const auto& picture) { return picture->id() == window; });
+}
+
+OverlayEntry X11OverlayWindow::stackEntry() const
+{
+    OverlayEntry entry;
+    entry.windowNumber = static_cast<std::uint32_t>(m_windowNumber);
+    entry.catcher = m_catcher;
+    for (const auto& picture : m_pictures)
+        entry.pictures.push_back({picture->id(), m_isShown ? picture->frame() : DeviceRect{}});
+    return entry;
+}
+
+void X11OverlayWindow::setShown(bool isShown)
+{
+    m_isShown = isShown;
+    if (isShown && !m_deviceFrame.isEmpty())
+        xcb_map_window(m_connection, m_catcher);
+    else
+        xcb_unmap_window(m_connection, m_catcher);
+    for (const auto& picture : m_pictures)
+        picture->setShown(isShown);
+}
+
+void X11OverlayWindow::raise()
+{
+    for (const auto& picture : m_pictures)
+        raiseWindow(m_connection, picture->id());
+    raiseWindow(m_connection, m_catcher);
+}
+
+}  // namespace Platform::X11

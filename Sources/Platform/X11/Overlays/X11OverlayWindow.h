@@ -1,0 +1,50 @@
+// One overlay. See X11OverlayWindows.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "Platform/X11/Overlays/PictureWindow.h"
+#include "Platform/X11/Overlays/X11OverlayWindows.h"
+
+namespace Platform::X11 {
+
+class X11OverlayWindow final : public OverlayWindow {
+public:
+    X11OverlayWindow(X11OverlayWindows&, const OverlayStyle&, OverlayWindowDelegate&, std::int64_t windowNumber);
+    ~X11OverlayWindow() override;
+
+    std::int64_t windowNumber() const override { return m_windowNumber; }
+    Rect frame() const override { return m_frame; }
+    void setFrame(const Rect&) override;
+    void present(std::span<const Picture>) override;
+    void makeKeyAndOrderFront() override { m_owner.orderFront(*this); }
+    void orderOut() override { m_owner.orderOut(*this); }
+
+    OverlayWindowDelegate& delegate() const { return m_delegate; }
+    xcb_window_t catcher() const { return m_catcher; }
+    bool consistsOf(xcb_window_t) const;
+    OverlayEntry stackEntry() const;
+
+    // Mechanism for the owner; none of them flushes.
+    void setShown(bool isShown);
+    void raise();
+
+private:
+    PictureFormat makeFormat(bool hasShadow);
+    PictureWindow& pictureWindow(std::size_t index);
+    DeviceRect deviceRectOf(const Rect& viewRect) const;
+
+    X11OverlayWindows& m_owner;
+    Connection& m_connection;
+    OverlayWindowDelegate& m_delegate;
+    const std::int64_t m_windowNumber;
+    Rect m_frame;
+    DeviceRect m_deviceFrame;
+    bool m_isShown = false;
+    xcb_window_t m_catcher;
+    PictureFormat m_format;
+    std::vector<std::unique_ptr<PictureWindow>> m_pictures;  // from the lowest up
+};
+
+}  // namespace Platform::X11

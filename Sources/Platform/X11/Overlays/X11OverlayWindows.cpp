@@ -1,0 +1,113 @@
+#include "Platform/X11/Overlays/X11OverlayWindows.h"
+
+#include <algorithm>
+
+#include "Platform/X11/Overlays/X11OverlayWindow.h"
+
+namespace Platform::X11 {
+
+X11OverlayWindows::X11OverlayWindows(const Parts& parts)
+    : m_parts(parts), m_stackGuard(parts.requests, parts.stackEvents, parts.watcher, parts.mainLoop, parts.layout,
+                          {
+                              .raise = [this] { raiseAll(); },
+                              .dismiss = [this] { dismissAll(); },
+                              .isOurs = [this](xcb_window_t window) { return isOurs(window); },
+                          }),
+      m_focusKeeper(parts.requests, parts.focusEvents, parts.watcher, parts.mainLoop)
+{
+}
+
+X11OverlayWindows::~X11OverlayWindows() = default;
+
+std::unique_ptr<OverlayWindow> X11OverlayWindows::makeOverlayWindow(const OverlayStyle& style, OverlayWindowDelegate& delegate)
+{
+    // Windows are redirected before ours are mapped.
+    if (m_windows.empty())
+        m_parts.capture.activate();
+    return std::make_unique<X11OverlayWindow>(*this, style, delegate, ++m_lastWindowNumber);
+}
+
+void X11OverlayWindows::add(X11OverlayWindow& window)
+{
+    m_windows.push_back(&window);
+    publishStack();
+}
+
+void X11OverlayWindows::remove(X11OverlayWindow& window)
+{
+    std::erase(m_windows, &window);
+    publishStack();
+    if (m_windows.empty())
+        m_parts.capture.deactivate();
+}
+
+void X11OverlayWindows::orderFront(X11OverlayWindow& window)
+{
+    const bool wasNoneShown = m_shown.empty();
+    if (wasNoneShown)
+        m_focusKeeper.remember();
+    std::erase(m_shown, &window);
+    m_shown.push_back(&window);
+    window.raise();
+    window.setShown(true);
+    m_parts.requests.flush();
+    publishStack();
+    if (!wasNoneShown)
+        return;
+    m_parts.keys.grab([this](const KeyEvent& event) { keyDown(event); }, window.catcher());
+    m_stackGuard.watch();
+}
+
+void X11OverlayWindows::orderOut(X11OverlayWindow& window)
+{
+    if (std::erase(m_shown, &window) == 0)
+        return;
+    if (m_shown.empty())
+        m_focusKeeper.keep();
+    window.setShown(false);
+    m_parts.requests.flush();
+    publishStack();
+    if (!m_shown.empty())
+        return;
+    m_stackGuard.stopWatching();
+    m_parts.keys.release();
+}
+
+void X11OverlayWindows::raiseAll()
+{
+    for (auto* window : m_shown)
+        window->raise();
+    m_parts.requests.flush();
+}
+
+void X11OverlayWindows::dismissAll()
+{
+    const auto shown = m_shown;
+    for (auto* window : shown)
+        window->delegate().dismissRequested();
+}
+
+bool X11OverlayWindows::isOurs(xcb_window_t id) const
+{
+    return std::any_of(m_windows.begin(), m_windows.end(), [id](const auto* window) { return window->consistsOf(id); });
+}
+
+void X11OverlayWindows::keyDown(const KeyEvent& event)
+{
+    if (!m_shown.empty())
+        m_shown.back()->delegate().keyDown(event);
+}
+
+void X11OverlayWindows::publishStack()
+{
+    std::vector<OverlayEntry> entries;
+    for (const auto* window : m_windows) {
+        if (std::find(m_shown.begin(), m_shown.end(), window) == m_shown.end())
+            entries.push_back(window->stackEntry());
+    }
+    for (const auto* window : m_shown)
+        entries.push_back(window->stackEntry());
+    m_parts.stack.set(std::move(entries));
+}
+
+}  // namespace Platform::X11

@@ -1,1 +1,0 @@
-// Takes this folder's place until its first file.
