@@ -1,0 +1,100 @@
+#include "RestBenchmark.h"
+
+#include <thread>
+
+#include "Crosshair.h"
+#include "Support/Desktop/XTestPointer.h"
+
+namespace Benchmarks {
+namespace {
+
+constexpr double mebibyte = 1024.0 * 1024.0;
+
+std::map<std::string, long> wakeUpsDuring(pid_t pid, std::chrono::seconds length)
+{
+    const auto before = voluntarySwitches(pid);
+    std::this_thread::sleep_for(length);
+    std::map<std::string, long> wakeUps;
+    for (const auto& [thread, count] : voluntarySwitches(pid)) {
+        const auto known = before.find(thread);
+        const auto more = known == before.end() ? count : count - known->second;
+        if (more > 0)
+            wakeUps[thread] = more;
+    }
+    return wakeUps;
+}
+
+long serverMemoryOfCrosshair(const Options& options, bool hasWindows)
+{
+    auto setup = options.memorySetup;
+    setup.hasWindows = hasWindows;
+    Desktop desktop(setup);
+    TestSupport::XTestPointer(desktop.displayName()).moveTo(setup.width / 3, setup.height / 3);
+    Crosshair crosshair(desktop, options.programPath);
+    const auto before = ownBytes(desktop.serverPid());
+    crosshair.show();
+    const auto more = ownBytes(desktop.serverPid()) - before;
+    crosshair.hide();
+    return more;
+}
+
+std::string describe(const TimerDescriptors& timers) { return std::to_string(timers.armed) + " (of " + std::to_string(timers.open) + " open)"; }
+
+std::string describe(const std::map<std::string, long>& wakeUps)
+{
+    long sum = 0;
+    std::string threads;
+    for (const auto& [thread, count] : wakeUps) {
+        sum += count;
+        threads += " " + thread + ": " + std::to_string(count);
+    }
+    return std::to_string(sum) + threads;
+}
+
+}  // namespace
+
+RestFigures measureRest(const Options& options)
+{
+    Desktop desktop(options.setups.front());
+    Crosshair crosshair(desktop, options.programPath);
+    RestFigures figures;
+    figures.residentBytes = residentBytes(crosshair.pid());
+    figures.timers = timerDescriptors(crosshair.pid());
+    figures.wakeUps = wakeUpsDuring(crosshair.pid(), options.idleLength);
+    for (int i = 0; i < 10; ++i) {
+        crosshair.show();
+        crosshair.hide();
+    }
+    waitUntilAtRest(crosshair.pid());
+    figures.residentBytesLater = residentBytes(crosshair.pid());
+    figures.timersLater = timerDescriptors(crosshair.pid());
+    return figures;
+}
+
+ServerMemoryFigures measureServerMemory(const Options& options)
+{
+    return {serverMemoryOfCrosshair(options, false), serverMemoryOfCrosshair(options, true)};
+}
+
+void report(Report& report, const Options& options, const RestFigures& rest, const ServerMemoryFigures& server)
+{
+    long wakeUps = 0;
+    for (const auto& [thread, count] : rest.wakeUps)
+        wakeUps += count;
+    const auto mebibytes = [](long bytes) { return static_cast<double>(bytes) / mebibyte; };
+    const auto size = options.memorySetup.screenName;
+    report.table({
+        {"at rest", "figure", "target"},
+        {"wake-ups of all threads in " + std::to_string(options.idleLength.count()) + " s", describe(rest.wakeUps),
+            againstTarget(static_cast<double>(wakeUps), 0, 0)},
+        {"timers armed", describe(rest.timers), againstTarget(rest.timers.armed, 0, 0)},
+        {"timers armed after ten crosshairs", describe(rest.timersLater), againstTarget(rest.timersLater.armed, 0, 0)},
+        {"resident memory before any overlay, MiB", format(mebibytes(rest.residentBytes), 1), againstTarget(mebibytes(rest.residentBytes), 26, 0)},
+        {"resident memory after ten crosshairs, MiB", format(mebibytes(rest.residentBytesLater), 1), "none"},
+        {"X server's memory for the overlay at " + size + ", MiB", format(mebibytes(server.bytesAlone), 2),
+            againstTarget(mebibytes(server.bytesAlone), 1, 0)},
+        {"the same with ten windows, whose contents the server then keeps, MiB", format(mebibytes(server.bytesWithWindows), 1), "none"},
+    });
+}
+
+}  // namespace Benchmarks
