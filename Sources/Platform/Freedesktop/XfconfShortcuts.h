@@ -1,0 +1,14 @@
+// The shortcuts of Xfce: those of its window manager and those that start commands,
+// from the settings service that both read.
+#pragma once
+
+#include "Platform/Freedesktop/ShortcutSource.h"
+
+namespace Platform::Freedesktop {
+
+class XfconfShortcuts : public ShortcutSource {
+public:
+    std::vector<Accelerator> accelerators(Deadline) override;
+};
+
+}  // namespace Platform::Freedesktop
