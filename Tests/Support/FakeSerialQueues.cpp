@@ -18,8 +18,11 @@ public:
     }
 
     int count() const { return m_count; }
+    // Empty where none waits.
     Platform::Task pop()
     {
+        if (m_count == 0)
+            return {};
         --m_count;
         return m_tasks.pop();
     }
@@ -39,8 +42,7 @@ std::unique_ptr<Platform::SerialQueue> FakeSerialQueues::makeSerialQueue(std::st
 bool FakeSerialQueues::runNext()
 {
     for (auto* queue : m_queues) {
-        if (queue->count() > 0) {
-            auto task = queue->pop();
+        if (auto task = queue->pop()) {
             task();
             return true;
         }
