@@ -23,23 +23,23 @@ public:
 
     Platform::X11::Connection& connection() { return *m_connection; }
 
-    // False when it is taken.
-    bool grabKey(std::uint16_t evdevCode, std::uint16_t modifiers)
+    // On the root without a window. False when it is taken.
+    bool grabKey(std::uint16_t evdevCode, std::uint16_t modifiers, xcb_window_t window = XCB_WINDOW_NONE)
     {
-        const auto keycode = static_cast<xcb_keycode_t>(evdevCode + 8);
-        const auto cookie =
-            xcb_grab_key_checked(*m_connection, 0, m_connection->root(), modifiers, keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        const auto cookie = xcb_grab_key_checked(*m_connection, 0, window != XCB_WINDOW_NONE ? window : m_connection->root(), modifiers,
+            keycodeOf(evdevCode), XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
         return Platform::X11::adopt(xcb_request_check(*m_connection, cookie)) == nullptr;
     }
 
-    bool isTaken(std::uint16_t evdevCode, std::uint16_t modifiers)
+    bool isTaken(std::uint16_t evdevCode, std::uint16_t modifiers, xcb_window_t window = XCB_WINDOW_NONE)
     {
-        if (!grabKey(evdevCode, modifiers))
+        if (!grabKey(evdevCode, modifiers, window))
             return true;
-        xcb_ungrab_key(*m_connection, static_cast<xcb_keycode_t>(evdevCode + 8), m_connection->root(), modifiers);
+        xcb_ungrab_key(*m_connection, keycodeOf(evdevCode), window != XCB_WINDOW_NONE ? window : m_connection->root(), modifiers);
         sync();
         return false;
     }
+    bool isTakenOnFocus(std::uint16_t evdevCode) { return isTaken(evdevCode, 0, focus()); }
 
     // As a screen locker or an open menu does.
     bool grabKeyboard()
@@ -55,12 +55,12 @@ public:
     }
 
     // A viewable window; it tells this client of its keys.
-    xcb_window_t mapWindow()
+    xcb_window_t mapWindow(xcb_window_t parent = XCB_WINDOW_NONE)
     {
         const auto window = m_connection->newId();
         const std::uint32_t values[] = {1, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE};
-        xcb_create_window(*m_connection, XCB_COPY_FROM_PARENT, window, m_connection->root(), 0, 0, 100, 100, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-            XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
+        xcb_create_window(*m_connection, XCB_COPY_FROM_PARENT, window, parent != XCB_WINDOW_NONE ? parent : m_connection->root(), 0, 0, 100, 100, 0,
+            XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
         xcb_map_window(*m_connection, window);
         sync();
         return window;
@@ -87,6 +87,7 @@ public:
     }
 
 private:
+    static xcb_keycode_t keycodeOf(std::uint16_t evdevCode) { return static_cast<xcb_keycode_t>(evdevCode + 8); }
     void sync() { focus(); }
 
     std::unique_ptr<Platform::X11::Connection> m_connection;

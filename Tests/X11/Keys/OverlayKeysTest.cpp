@@ -274,6 +274,102 @@ TEST_F(OverlayKeysTest, TakesTheOtherCombinationsOfAHotKeysKey)
     EXPECT_EQ(desktop.pressed(), std::vector<int>{});
 }
 
+TEST_F(OverlayKeysTest, KeysOfHotKeysAreOursInEveryWindowThatGetsTheFocusLater)
+{
+    OtherClient desktop(m_server.displayName());
+    ASSERT_TRUE(desktop.grabKey(KEY_2, XCB_MOD_MASK_CONTROL));
+    ASSERT_TRUE(desktop.grabKey(KEY_A, XCB_MOD_MASK_4));
+    grab();
+    OtherClient second(m_server.displayName());
+    second.setFocus(second.mapWindow());
+    // The move of the focus is told before any key after it.
+    ASSERT_TRUE(TestSupport::loopUntil([&] { return second.isTakenOnFocus(KEY_2); }));
+    m_keyboard.tap(KEY_2);
+    m_keyboard.chord({KEY_LEFTCTRL, KEY_2});
+    EXPECT_EQ(takeEvents(), Lines{"19"});
+    EXPECT_EQ(desktop.pressed(), std::vector<int>{KEY_2});
+    EXPECT_EQ(second.pressed(), std::vector<int>{KEY_LEFTCTRL});
+
+    m_other.setFocus(XCB_INPUT_FOCUS_POINTER_ROOT);
+    ASSERT_TRUE(TestSupport::loopUntil([&] { return m_other.isTaken(KEY_2, XCB_MOD_MASK_1); }));
+    m_keyboard.chord({KEY_LEFTALT, KEY_2});
+    EXPECT_EQ(takeEvents(), Lines{"19 modifiers 524288"});
+
+    m_other.setFocus(m_window);
+    ASSERT_TRUE(TestSupport::loopUntil([&] { return m_other.isTakenOnFocus(KEY_2); }));
+    m_keyboard.tap(KEY_2);
+    EXPECT_EQ(takeEvents(), Lines{"19"});
+}
+
+TEST_F(OverlayKeysTest, KeysOfHotKeysAreOursWhereThePointerHasTheFocus)
+{
+    OtherClient desktop(m_server.displayName());
+    ASSERT_TRUE(desktop.grabKey(KEY_2, XCB_MOD_MASK_CONTROL));
+    m_other.setFocus(XCB_INPUT_FOCUS_POINTER_ROOT);
+    grab();
+    m_keyboard.tap(KEY_2);
+    m_keyboard.chord({KEY_LEFTSHIFT, KEY_2});
+    m_keyboard.chord({KEY_LEFTCTRL, KEY_2});
+    EXPECT_EQ(takeEvents(), (Lines{"19", "19 modifiers 131072"}));
+    EXPECT_EQ(desktop.pressed(), std::vector<int>{KEY_2});
+}
+
+TEST_F(OverlayKeysTest, OfManyHotKeysAndNoFocusedWindowItTakesWhatTypes)
+{
+    OtherClient desktop(m_server.displayName());
+    for (int key = KEY_1; key <= KEY_5; ++key)
+        ASSERT_TRUE(desktop.grabKey(static_cast<std::uint16_t>(key), XCB_MOD_MASK_4));
+    m_other.setFocus(XCB_INPUT_FOCUS_POINTER_ROOT);
+    grab();
+    m_keyboard.tap(KEY_1);
+    m_keyboard.chord({KEY_RIGHTSHIFT, KEY_5});
+    m_keyboard.chord({KEY_LEFTMETA, KEY_1});
+    m_keyboard.lockModifiers(XCB_MOD_MASK_2);
+    m_keyboard.tap(KEY_2);
+    EXPECT_EQ(takeEvents(), (Lines{"18", "23 modifiers 131072", "19"}));
+    EXPECT_EQ(desktop.pressed(), std::vector<int>{KEY_1});
+    EXPECT_FALSE(m_other.isTaken(KEY_1, XCB_MOD_MASK_CONTROL));
+}
+
+TEST_F(OverlayKeysTest, AWindowsOwnGrabOfAKeyLeavesUsTheOtherCombinations)
+{
+    OtherClient desktop(m_server.displayName());
+    ASSERT_TRUE(desktop.grabKey(KEY_2, XCB_MOD_MASK_CONTROL));
+    ASSERT_TRUE(desktop.grabKey(KEY_2, XCB_MOD_MASK_1, m_window));
+    grab();
+    m_keyboard.tap(KEY_2);
+    m_keyboard.chord({KEY_LEFTALT, KEY_2});
+    EXPECT_EQ(takeEvents(), Lines{"19"});
+    EXPECT_EQ(desktop.pressed(), std::vector<int>{KEY_2});
+}
+
+TEST_F(OverlayKeysTest, FindsTheToplevelOfANestedFocus)
+{
+    OtherClient desktop(m_server.displayName());
+    ASSERT_TRUE(desktop.grabKey(KEY_2, XCB_MOD_MASK_CONTROL));
+    m_other.setFocus(m_other.mapWindow(m_window));
+    grab();
+    m_keyboard.tap(KEY_2);
+    EXPECT_EQ(takeEvents(), Lines{"19"});
+    m_other.setFocus(m_window);
+    m_keyboard.tap(KEY_2);
+    EXPECT_EQ(takeEvents(), Lines{"19"});
+    m_keys->release();
+    EXPECT_FALSE(m_other.isTakenOnFocus(KEY_2));
+}
+
+// Its combinations one by one on the root would cost the server a time that grows with
+// the square of their number.
+TEST_F(OverlayKeysTest, TakesTheKeyOfAHotKeyInTheWindowWithTheFocusOnly)
+{
+    OtherClient desktop(m_server.displayName());
+    ASSERT_TRUE(desktop.grabKey(KEY_2, XCB_MOD_MASK_CONTROL));
+    grab();
+    EXPECT_TRUE(m_other.isTaken(KEY_2, XCB_MOD_MASK_ANY, m_window));
+    EXPECT_FALSE(m_other.isTaken(KEY_2, XCB_MOD_MASK_SHIFT));
+    EXPECT_TRUE(m_other.isTaken(KEY_3, XCB_MOD_MASK_SHIFT));
+}
+
 TEST_F(OverlayKeysTest, OurOwnHotKeysStillFire)
 {
     const auto center = X11::X11HotKeyCenter::open(m_server.displayName(), m_mainLoop, m_mainLoop);

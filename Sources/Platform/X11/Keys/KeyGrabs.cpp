@@ -2,12 +2,12 @@
 
 namespace Platform::X11 {
 
-std::vector<KeyCombination> grabKeys(Connection& connection, std::span<const KeyCombination> combinations)
+std::vector<KeyCombination> grabKeys(Connection& connection, xcb_window_t window, std::span<const KeyCombination> combinations)
 {
     std::vector<xcb_void_cookie_t> cookies;
     cookies.reserve(combinations.size());
     for (const auto& [keycode, modifiers] : combinations) {
-        cookies.push_back(xcb_grab_key_checked(connection, 0, connection.root(), modifiers, keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+        cookies.push_back(xcb_grab_key_checked(connection, 0, window, modifiers, keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
     }
     std::vector<KeyCombination> refused;
     for (std::size_t i = 0; i < cookies.size(); ++i) {
@@ -17,10 +17,10 @@ std::vector<KeyCombination> grabKeys(Connection& connection, std::span<const Key
     return refused;
 }
 
-void ungrabKeys(Connection& connection, std::span<const KeyCombination> combinations)
+void ungrabKeys(Connection& connection, xcb_window_t window, std::span<const KeyCombination> combinations)
 {
     for (const auto& [keycode, modifiers] : combinations)
-        xcb_ungrab_key(connection, keycode, connection.root(), modifiers);
+        xcb_ungrab_key(connection, keycode, window, modifiers);
     connection.flush();
 }
 

@@ -1,4 +1,5 @@
-// Passive grabs of keys on the root window, each of them answered by the server.
+// Passive grabs of keys, each of them answered by the server. A grab on the root comes
+// before one on a window; grabs are in each other's way on the same window only.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +18,8 @@ struct KeyCombination {
 };
 
 // Those that the server refused because another client holds them. One round trip.
-std::vector<KeyCombination> grabKeys(Connection&, std::span<const KeyCombination>);
-void ungrabKeys(Connection&, std::span<const KeyCombination>);
+std::vector<KeyCombination> grabKeys(Connection&, xcb_window_t, std::span<const KeyCombination>);
+void ungrabKeys(Connection&, xcb_window_t, std::span<const KeyCombination>);
 
 // One for each subset of `locks` on top of the combination.
 std::vector<KeyCombination> lockVariants(const KeyCombination&, std::uint16_t locks);

@@ -21,7 +21,7 @@ std::unique_ptr<OverlayKeys> OverlayKeys::open(const std::string& displayName, F
 }
 
 OverlayKeys::OverlayKeys(std::unique_ptr<Connection> connection, FileDescriptorWatcher& watcher, MainLoop& mainLoop)
-    : m_connection(std::move(connection)), m_mainLoop(mainLoop), m_rawKeys(*m_connection), m_focus(*m_connection, mainLoop),
+    : m_connection(std::move(connection)), m_mainLoop(mainLoop), m_rawKeys(*m_connection), m_focus(*m_connection, mainLoop, [this] { focusMoved(); }),
       m_modifierMap(ModifierMap::read(*m_connection)),
       m_pump(*m_connection, watcher, mainLoop, [this](const xcb_generic_event_t& event) { handle(event); }),
       m_self(std::make_shared<OverlayKeys*>(this))
@@ -39,13 +39,13 @@ void OverlayKeys::grab(std::function<void(const KeyEvent&)> keyDown, xcb_window_
 {
     const bool isNew = m_keyDown == nullptr;
     m_keyDown = std::make_shared<std::function<void(const KeyEvent&)>>(std::move(keyDown));
+    m_focus.begin(focusWindow);
     if (isNew) {
         // In this order no press falls between: one that the raw events do not tell is held.
         m_rawKeys.listen(true, true);
         noteHeldKeys();
         grabKeyboard();
     }
-    m_focus.begin(focusWindow);
     m_pump.collectAfterRoundTrips();
 }
 
@@ -123,18 +123,51 @@ void OverlayKeys::grabKeyboard()
 {
     if (m_keyDown == nullptr || m_suspensions > 0)
         return;
-    // A hot key of another client refuses its key as a whole. Then each combination of
-    // that key is grabbed alone, and the hot key's own stays with that client.
-    const auto refused = grabKeys(*m_connection, allKeys());
-    m_foreign = grabKeys(*m_connection, combinationsOf(refused));
+    // A hot key of another client refuses its key as a whole.
+    m_hotKeysKeys = grabKeys(*m_connection, m_connection->root(), allKeys());
+    if (!m_hotKeysKeys.empty())
+        grabHotKeysKeys();
+}
+
+// In the window with the focus such a key may be grabbed with any modifiers: the server
+// looks there after the root, so a hot key still comes first. On the root each combination
+// is a grab of its own, and the server's time grows with the square of their number: 20
+// keys of hot keys took 200 ms.
+void OverlayKeys::grabHotKeysKeys()
+{
+    const auto root = m_connection->root();
+    m_toplevel = m_focus.toplevel();
+    if (m_toplevel == XCB_WINDOW_NONE) {
+        m_foreign = grabKeys(*m_connection, root, combinationsOf(m_hotKeysKeys));
+        return;
+    }
+    std::vector<KeyCombination> escape;
+    std::vector<KeyCombination> others;
+    for (const auto& key : m_hotKeysKeys)
+        (virtualKeyOfKeycode(key.keycode) == escapeKeyCode ? escape : others).push_back(key);
+    m_foreign = grabKeys(*m_connection, root, combinationsOf(escape));
+    const auto refused = grabKeys(*m_connection, m_toplevel, others);
+    grabKeys(*m_connection, m_toplevel, combinationsOf(refused));
 }
 
 void OverlayKeys::ungrabKeyboard()
 {
     m_foreign.clear();
+    m_hotKeysKeys.clear();
+    if (const auto toplevel = std::exchange(m_toplevel, XCB_WINDOW_NONE); toplevel != XCB_WINDOW_NONE)
+        xcb_ungrab_key(*m_connection, XCB_GRAB_ANY, toplevel, XCB_MOD_MASK_ANY);
     // Waits for the server: whoever comes next finds the keys free.
     const auto request = xcb_ungrab_key_checked(*m_connection, XCB_GRAB_ANY, m_connection->root(), XCB_MOD_MASK_ANY);
     adopt(xcb_request_check(*m_connection, request));
+}
+
+void OverlayKeys::focusMoved()
+{
+    if (!m_hotKeysKeys.empty() && m_focus.toplevel() != m_toplevel) {
+        ungrabKeyboard();
+        grabKeyboard();
+    }
+    m_pump.collectAfterRoundTrips();
 }
 
 void OverlayKeys::noteHeldKeys()
@@ -158,12 +191,15 @@ std::vector<KeyCombination> OverlayKeys::allKeys() const
     return keys;
 }
 
-std::vector<KeyCombination> OverlayKeys::combinationsOf(std::span<const KeyCombination> refused) const
+// Of many keys only those that type: no Control, no Alt, no Super.
+std::vector<KeyCombination> OverlayKeys::combinationsOf(std::span<const KeyCombination> keys) const
 {
+    constexpr std::size_t few = 4;
+    const auto typing = static_cast<std::uint16_t>(m_modifierMap.used & (XCB_MOD_MASK_SHIFT | m_modifierMap.locks()));
+    const auto bits = keys.size() <= few ? m_modifierMap.used : typing;
     std::vector<KeyCombination> combinations;
-    for (const auto& key : refused) {
-        forEachSubset(m_modifierMap.used, [&](std::uint16_t modifiers) { combinations.push_back({key.keycode, modifiers}); });
-    }
+    for (const auto& key : keys)
+        forEachSubset(bits, [&](std::uint16_t modifiers) { combinations.push_back({key.keycode, modifiers}); });
     return combinations;
 }
 

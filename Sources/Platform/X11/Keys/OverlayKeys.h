@@ -16,8 +16,8 @@
 #include "Platform/Token.h"
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/EventPump.h"
-#include "Platform/X11/Keys/FocusLoan.h"
 #include "Platform/X11/Keys/KeyGrabs.h"
+#include "Platform/X11/Keys/KeyboardFocus.h"
 #include "Platform/X11/Keys/ModifierMap.h"
 #include "Platform/X11/Keys/RawKeys.h"
 
@@ -55,10 +55,12 @@ private:
     void tell(const KeyCombination&, bool isRepeat);
 
     void grabKeyboard();
+    void grabHotKeysKeys();
     void ungrabKeyboard();
+    void focusMoved();
     void noteHeldKeys();
     std::vector<KeyCombination> allKeys() const;
-    std::vector<KeyCombination> combinationsOf(std::span<const KeyCombination> refused) const;
+    std::vector<KeyCombination> combinationsOf(std::span<const KeyCombination> keys) const;
     bool isForeign(const KeyCombination&) const;
 
     void keyboardMapChanged();
@@ -67,14 +69,16 @@ private:
     std::unique_ptr<Connection> m_connection;
     MainLoop& m_mainLoop;
     RawKeys m_rawKeys;
-    FocusLoan m_focus;
+    KeyboardFocus m_focus;
     ModifierMap m_modifierMap;
     EventPump m_pump;
 
     std::shared_ptr<std::function<void(const KeyEvent&)>> m_keyDown;  // present while the keys are ours
     int m_suspensions = 0;
     bool m_isMapChangePending = false;
-    std::vector<KeyCombination> m_foreign;  // other clients' hot keys, as the server refused them
+    std::vector<KeyCombination> m_hotKeysKeys;  // with some modifiers they are hot keys of somebody
+    std::vector<KeyCombination> m_foreign;      // hot keys: of Escape always, of others where we know
+    xcb_window_t m_toplevel = XCB_WINDOW_NONE;  // where the hot keys' keys are grabbed
 
     struct Press {
         xcb_timestamp_t time = 0;

@@ -171,18 +171,18 @@ bool X11HotKeyCenter::grab(const KeyCombination& combination)
 
 bool X11HotKeyCenter::grabOrGiveBack(const std::vector<KeyCombination>& variants)
 {
-    const auto refused = grabKeys(*m_connection, variants);
+    const auto refused = grabKeys(*m_connection, m_connection->root(), variants);
     if (refused.empty())
         return true;
     // Giving back one that was refused is harmless: only our own grabs go.
-    ungrabKeys(*m_connection, variants);
+    ungrabKeys(*m_connection, m_connection->root(), variants);
     return false;
 }
 
 void X11HotKeyCenter::ungrab(const HotKey& hotKey)
 {
     if (hotKey.isGrabbed)
-        ungrabKeys(*m_connection, lockVariants(hotKey.combination, m_modifierMap.locks()));
+        ungrabKeys(*m_connection, m_connection->root(), lockVariants(hotKey.combination, m_modifierMap.locks()));
 }
 
 void X11HotKeyCenter::unregister(std::uint64_t serial)
