@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include "Platform/HotKeyCenter.h"
@@ -26,7 +27,11 @@ public:
         std::uint32_t keyCode = 0;
         std::uint32_t carbonModifiers = 0;
 
-        friend auto operator<=>(const Combination&, const Combination&) = default;
+        friend bool operator==(const Combination&, const Combination&) = default;
+        friend bool operator<(const Combination& left, const Combination& right)
+        {
+            return std::tie(left.keyCode, left.carbonModifiers) < std::tie(right.keyCode, right.carbonModifiers);
+        }
     };
 
     explicit FakeHotKeyCenter(CallLog& log);
