@@ -2,10 +2,8 @@
 
 #include <xcb/shape.h>
 
-#include <chrono>
 #include <cstring>
 #include <stdexcept>
-#include <thread>
 
 namespace CaptureTests {
 namespace {
@@ -127,6 +125,11 @@ void Desktop::setBorder(xcb_window_t window, int width)
     xcb_configure_window(*m_connection, window, XCB_CONFIG_WINDOW_BORDER_WIDTH, &value);
 }
 
+void Desktop::reparentToRoot(xcb_window_t window, int x, int y)
+{
+    xcb_reparent_window(*m_connection, window, m_connection->root(), narrow(x), narrow(y));
+}
+
 void Desktop::restack(xcb_window_t window, std::uint32_t mode, xcb_window_t sibling)
 {
     const std::uint32_t both[] = {sibling, mode};
@@ -156,19 +159,6 @@ Image Desktop::screenPicture(const DeviceRect& rect)
     for (auto& pixel : image.pixels())
         pixel |= opaque;
     return image;
-}
-
-void waitForQuietScreen(Desktop& desktop)
-{
-    using namespace std::chrono_literals;
-    const auto deadline = std::chrono::steady_clock::now() + 10s;
-    auto before = desktop.screenPicture();
-    for (int same = 0; same < 3 && std::chrono::steady_clock::now() < deadline;) {
-        std::this_thread::sleep_for(15ms);
-        auto now = desktop.screenPicture();
-        same = now == before ? same + 1 : 0;
-        before = std::move(now);
-    }
 }
 
 }  // namespace CaptureTests

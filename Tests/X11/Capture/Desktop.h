@@ -47,6 +47,7 @@ public:
     void move(xcb_window_t, int x, int y);
     void resize(xcb_window_t, int width, int height);
     void setBorder(xcb_window_t, int width);
+    void reparentToRoot(xcb_window_t, int x, int y);
     void restack(xcb_window_t, std::uint32_t mode, xcb_window_t sibling = XCB_WINDOW_NONE);
 
     // Waits until the server has done all of it.
@@ -61,8 +62,5 @@ private:
     std::unique_ptr<Platform::X11::Connection> m_connection;
     xcb_colormap_t m_argbColours = XCB_NONE;
 };
-
-// Waits until the screen has not changed for a while, as a compositor paints late.
-void waitForQuietScreen(Desktop&);
 
 }  // namespace CaptureTests

@@ -25,13 +25,14 @@ void CaptureSession::capture(std::uint32_t windowNumber, CaptureResolution resol
     for (int attempt = 0; attempt < mostAttempts && !isCaptured; ++attempt) {
         catchUp();
         m_stack.copyTo(m_entries);
+        m_truth.update(m_entries, m_reader.compositorChanges(), std::chrono::steady_clock::now());
         layTargets(resolution, rectangles);
         isCaptured = captureOnce(windowNumber);
         if (isCaptured && attempt + 1 < mostAttempts)
             isCaptured = isStillValid(windowNumber);
     }
     if (isCaptured)
-        answer(answers);
+        answer(windowNumber, answers);
 }
 
 void CaptureSession::layTargets(CaptureResolution resolution, std::span<const Rect> rectangles)
@@ -87,8 +88,12 @@ void CaptureSession::plan(std::uint32_t windowNumber)
     lookBelow(windowNumber, m_entries, m_reader.model(), m_below);
     for (auto& target : std::span(m_targets).first(m_targetCount)) {
         target.steps.clear();
-        if (target.isPainted)
-            m_planner.plan(m_reader.model(), m_below, m_reader.hasCompositor(), target.grid.area(), target.steps);
+        target.covered.clear();
+        if (!target.isPainted)
+            continue;
+        m_planner.plan(m_reader.model(), m_below, m_reader.hasCompositor(), target.grid.area(), target.steps);
+        if (readsScreen())
+            m_truth.findCovered(target.grid.area(), m_reader.model(), m_below, target.covered);
     }
 }
 
@@ -97,10 +102,13 @@ bool CaptureSession::paintAndRead()
     m_painter.begin();
     m_images.begin();
     for (auto& target : std::span(m_targets).first(m_targetCount)) {
+        target.screen.reset();
         if (!target.isPainted)
             continue;
         const auto& area = target.grid.area();
-        const auto canvas = m_painter.paint(target.steps, area, m_reader.model().root());
+        if (readsScreen() && !target.covered.encloses(area))
+            target.screen = m_images.add(m_server.connection().root(), area);
+        const auto canvas = m_painter.paint(target.steps, area, m_reader.root());
         target.composed = m_images.add(canvas, {0, 0, area.width, area.height});
     }
     return m_images.read();
@@ -142,15 +150,27 @@ bool CaptureSession::isStillValid(std::uint32_t windowNumber)
     return true;
 }
 
-void CaptureSession::answer(std::span<Captured> answers)
+void CaptureSession::answer(std::uint32_t windowNumber, std::span<Captured> answers)
 {
     for (std::size_t i = 0; i < m_targetCount; ++i) {
         const auto& target = m_targets[i];
         if (!target.isUsable)
             continue;
-        target.grid.fill(*m_layout, target.isPainted ? m_images.pixels(target.composed) : std::span<const std::uint32_t>(), answers[i].image);
-        answers[i].truth = CaptureTruth::exact;
+        answers[i].truth = target.covered.isEmpty() ? CaptureTruth::exact : CaptureTruth::recovered;
+        if (!target.isPainted)
+            target.grid.fill(*m_layout, {}, answers[i].image);
+        else if (readsScreen())
+            answerFromScreen(windowNumber, target, answers[i]);
+        else
+            target.grid.fill(*m_layout, m_images.pixels(target.composed), answers[i].image);
     }
+}
+
+void CaptureSession::answerFromScreen(std::uint32_t windowNumber, const Target& target, Captured& answer)
+{
+    const auto screen = target.screen ? m_images.pixels(*target.screen) : std::span<const std::uint32_t>();
+    const auto picture = m_truth.merge(windowNumber, target.grid.area(), target.covered, m_images.pixels(target.composed), screen);
+    target.grid.fill(*m_layout, picture, answer.image);
 }
 
 }  // namespace Platform::X11

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "Platform/X11/Capture/PaintPlan.h"
 #include "Platform/X11/Capture/Painter.h"
 #include "Platform/X11/Capture/SampleGrid.h"
+#include "Platform/X11/Capture/ScreenTruth.h"
 #include "Platform/X11/Capture/StackReader.h"
 #include "Platform/X11/OverlayStack.h"
 #include "Platform/X11/SharedMonitorLayout.h"
@@ -32,6 +34,8 @@ private:
         bool isPainted = false;  // some of it lies on the screen
         std::vector<PaintStep> steps;
         std::size_t composed = 0;  // number of the picture
+        Region covered;            // where the screen does not show what is wanted
+        std::optional<std::size_t> screen;
     };
 
     void layTargets(CaptureResolution, std::span<const Rect> rectangles);
@@ -43,7 +47,9 @@ private:
     bool hasFailed() const;
     bool isStillValid(std::uint32_t windowNumber);
     bool captureOnce(std::uint32_t windowNumber);
-    void answer(std::span<Captured> answers);
+    bool readsScreen() const { return m_reader.hasCompositor(); }
+    void answer(std::uint32_t windowNumber, std::span<Captured> answers);
+    void answerFromScreen(std::uint32_t windowNumber, const Target&, Captured&);
 
     CaptureServer& m_server;
     const SharedMonitorLayout& m_layouts;
@@ -52,6 +58,7 @@ private:
     Painter m_painter;
     ImageReader m_images;
     PaintPlanner m_planner;
+    ScreenTruth m_truth;
     std::shared_ptr<const MonitorLayout> m_layout;
     std::vector<OverlayEntry> m_entries;
     BelowOverlay m_below;

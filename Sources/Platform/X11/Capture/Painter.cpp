@@ -42,7 +42,7 @@ void Painter::begin()
         canvas.isInUse = false;
 }
 
-xcb_pixmap_t Painter::paint(std::span<const PaintStep> steps, const DeviceRect& area, const DeviceRect& root)
+xcb_pixmap_t Painter::paint(std::span<const PaintStep> steps, const DeviceRect& area, const RootLook& root)
 {
     const auto& canvas = canvasFor(area);
     for (std::size_t i = steps.size(); i-- > 0;) {
@@ -54,9 +54,9 @@ xcb_pixmap_t Painter::paint(std::span<const PaintStep> steps, const DeviceRect& 
     return canvas.pixmap;
 }
 
-void Painter::paintRoot(const PaintStep& step, const Canvas& canvas, const DeviceRect& area, const DeviceRect& root)
+void Painter::paintRoot(const PaintStep& step, const Canvas& canvas, const DeviceRect& area, const RootLook& root)
 {
-    const auto& background = m_rootBackground.sourceFor(area, root, step.contents);
+    const auto& background = m_rootBackground.sourceFor(area, root);
     copy(background.pixmap, {step.area.x - background.area.x, step.area.y - background.area.y}, step, canvas, area);
 }
 

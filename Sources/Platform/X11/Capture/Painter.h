@@ -26,7 +26,7 @@ public:
     void begin();
     // Paints the steps, of which the first is the highest, into a pixmap whose corner is
     // the corner of `area`. No round trip.
-    xcb_pixmap_t paint(std::span<const PaintStep>, const DeviceRect& area, const DeviceRect& root);
+    xcb_pixmap_t paint(std::span<const PaintStep>, const DeviceRect& area, const RootLook& root);
 
     // An error of the connection came in. A window whose pixmap could not be named is
     // named anew next time.
@@ -61,7 +61,7 @@ private:
     Canvas& canvasFor(const DeviceRect& area);
     void release(Canvas&);
     void paintWindow(const PaintStep&, const Canvas&, const DeviceRect& area);
-    void paintRoot(const PaintStep&, const Canvas&, const DeviceRect& area, const DeviceRect& root);
+    void paintRoot(const PaintStep&, const Canvas&, const DeviceRect& area, const RootLook& root);
     void copy(xcb_drawable_t, DevicePoint source, const PaintStep&, const Canvas&, const DeviceRect& area);
     void blend(Named&, const PaintStep&, const Canvas&, const DeviceRect& area);
 

@@ -27,6 +27,16 @@ bool Region::contains(DevicePoint point) const
     return std::any_of(m_rects.begin(), m_rects.end(), [&](const DeviceRect& rect) { return rect.contains(point); });
 }
 
+bool Region::encloses(const DeviceRect& rect) const
+{
+    long covered = 0;
+    for (const auto& own : m_rects) {
+        const auto common = intersection(own, rect);
+        covered += long{common.width} * common.height;
+    }
+    return covered == long{rect.width} * rect.height;
+}
+
 void Region::add(const DeviceRect& rect)
 {
     if (rect.isEmpty())

@@ -15,6 +15,7 @@ public:
     bool isEmpty() const { return m_rects.empty(); }
     std::span<const DeviceRect> rects() const { return m_rects; }
     bool contains(DevicePoint) const;
+    bool encloses(const DeviceRect&) const;
 
     void add(const DeviceRect&);
     void subtract(const DeviceRect&);

@@ -24,39 +24,63 @@ DeviceRect bandAround(const DeviceRect& area, const DeviceRect& root)
 
 }  // namespace
 
-const RootBackground::Source& RootBackground::sourceFor(const DeviceRect& area, const DeviceRect& root, std::uint64_t generation)
+const RootBackground::Source& RootBackground::sourceFor(const DeviceRect& area, const RootLook& root)
 {
-    if (std::exchange(m_generation, generation) != generation)
+    if (std::exchange(m_generation, root.generation) != root.generation)
         release();
     const auto shows = [&](const Band& band) { return band.source.pixmap != XCB_NONE && encloses(band.source.area, area); };
     auto* band = std::find_if(m_bands.begin(), m_bands.end(), shows);
     if (band == m_bands.end()) {
         band = std::min_element(m_bands.begin(), m_bands.end(), [](const Band& a, const Band& b) { return a.lastUse < b.lastUse; });
         release(band->source);
-        make(band->source, bandAround(area, root));
+        band->source = {m_server.connection().newId(), bandAround(area, root.area)};
+        if (root.hasCompositor)
+            takeWallpaper(band->source, root.wallpaper);
+        else
+            takeFromServer(band->source);
     }
     band->lastUse = ++m_uses;
     return band->source;
 }
 
-// Under a grab, so that no compositor paints a picture with the window in it. Window
+// No request reads the background. But what the server paints into a window without a
+// background of its own, which lies below everything for an instant, is it. Window
 // managers leave override-redirect windows alone.
-void RootBackground::make(Source& source, const DeviceRect& area)
+void RootBackground::takeFromServer(const Source& source)
 {
     auto& c = m_server.connection();
     const auto window = c.newId();
-    const auto place = toWire(area);
+    const auto place = toWire(source.area);
     const std::uint32_t attributes[] = {XCB_BACK_PIXMAP_PARENT_RELATIVE, 1};
     const std::uint32_t below = XCB_STACK_MODE_BELOW;
-    source = {c.newId(), area};
-    xcb_grab_server(c);
     xcb_create_window(c, XCB_COPY_FROM_PARENT, window, c.root(), place.x, place.y, place.width, place.height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
         XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP | XCB_CW_OVERRIDE_REDIRECT, attributes);
     xcb_configure_window(c, window, XCB_CONFIG_WINDOW_STACK_MODE, &below);
     xcb_map_window(c, window);
     xcb_composite_name_window_pixmap(c, window, source.pixmap);
     xcb_destroy_window(c, window);
-    xcb_ungrab_server(c);
+}
+
+// Under a compositor the server paints no such background into windows (they start with
+// what the screen shows), and it is not what the compositor shows either: that is the
+// wallpaper, or where there is none, grey.
+void RootBackground::takeWallpaper(const Source& source, xcb_pixmap_t wallpaper)
+{
+    constexpr std::uint32_t grey = 0x808080;
+    auto& c = m_server.connection();
+    const auto gc = c.newId();
+    const xcb_rectangle_t all = {0, 0, static_cast<std::uint16_t>(source.area.width), static_cast<std::uint16_t>(source.area.height)};
+    xcb_create_pixmap(c, c.screen().root_depth, source.pixmap, c.root(), all.width, all.height);
+    xcb_create_gc(c, gc, source.pixmap, XCB_GC_FOREGROUND, &grey);
+    xcb_poly_fill_rectangle(c, source.pixmap, gc, 1, &all);
+    if (wallpaper != XCB_NONE) {
+        const std::uint32_t values[] = {
+            XCB_FILL_STYLE_TILED, wallpaper, static_cast<std::uint32_t>(-source.area.x), static_cast<std::uint32_t>(-source.area.y)};
+        // Refused as a whole when the wallpaper's pixmap is gone; then it stays grey.
+        xcb_change_gc(c, gc, XCB_GC_FILL_STYLE | XCB_GC_TILE | XCB_GC_TILE_STIPPLE_ORIGIN_X | XCB_GC_TILE_STIPPLE_ORIGIN_Y, values);
+        xcb_poly_fill_rectangle(c, source.pixmap, gc, 1, &all);
+    }
+    xcb_free_gc(c, gc);
 }
 
 void RootBackground::release(Source& source)

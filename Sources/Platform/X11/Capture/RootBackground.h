@@ -1,7 +1,5 @@
-// The root window's background as pixmaps. No request reads it: what the server paints
-// into a window without a background of its own, which lies below everything for an
-// instant, is it. Kept in bands along what is captured, not for the whole screen: one
-// for 8K would take 132 MB of the server's memory.
+// The root window's background as pixmaps, kept in bands along what is captured, not
+// for the whole screen: one for 8K would take 132 MB of the server's memory.
 #pragma once
 
 #include <array>
@@ -10,6 +8,13 @@
 #include "Platform/X11/Capture/CaptureServer.h"
 
 namespace Platform::X11 {
+
+struct RootLook {
+    DeviceRect area;
+    std::uint64_t generation = 0;  // another one and the background may be another one
+    bool hasCompositor = false;
+    xcb_pixmap_t wallpaper = XCB_NONE;  // the tile that compositors show in its place
+};
 
 class RootBackground {
 public:
@@ -23,9 +28,8 @@ public:
     RootBackground(const RootBackground&) = delete;
     RootBackground& operator=(const RootBackground&) = delete;
 
-    // A pixmap that shows at least `area`, which lies in `root`. `generation` says which
-    // background: another one and the pixmaps are made anew.
-    const Source& sourceFor(const DeviceRect& area, const DeviceRect& root, std::uint64_t generation);
+    // A pixmap that shows at least `area`, which lies in the root window.
+    const Source& sourceFor(const DeviceRect& area, const RootLook&);
     void release();
 
 private:
@@ -34,7 +38,8 @@ private:
         std::uint64_t lastUse = 0;
     };
 
-    void make(Source&, const DeviceRect& area);
+    void takeFromServer(const Source&);
+    void takeWallpaper(const Source&, xcb_pixmap_t wallpaper);
     void release(Source&);
 
     CaptureServer& m_server;

@@ -69,6 +69,7 @@ public:
     void setGeometry(ToplevelWindow&, const DeviceRect& inner, int border);
     void setMapped(ToplevelWindow&, bool isMapped);
     void setRootSize(int width, int height);
+    void countRootBackground() { ++m_rootBackground; }
 
     // From the lowest to the highest.
     std::span<const ToplevelWindow> windows() const { return m_windows; }

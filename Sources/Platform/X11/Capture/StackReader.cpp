@@ -9,6 +9,10 @@
 namespace Platform::X11 {
 namespace {
 
+// Where wallpaper setters say which pixmap they made, in the order in which compositors
+// look for it.
+constexpr std::array<const char*, 2> wallpaperProperties = {"_XROOTPMAP_ID", "_XSETROOT_ID"};
+
 constexpr std::uint32_t stackEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
 
 void setEventMask(xcb_connection_t* c, xcb_window_t window, std::uint32_t events)
@@ -63,7 +67,7 @@ StackModel::Identifiers StackReader::identifiers()
     identifiers.shapeNotify =
         m_server.hasShape() ? static_cast<std::uint8_t>(connection.firstEvent(xcb_shape_id) + XCB_SHAPE_NOTIFY) : std::uint8_t{0};
     identifiers.opacity = m_opacityAtom;
-    for (const auto* name : {"_XROOTPMAP_ID", "ESETROOT_PMAP_ID", "_XSETROOT_ID"})
+    for (const auto* name : wallpaperProperties)
         identifiers.wallpapers.push_back(connection.atom(name));
     return identifiers;
 }
@@ -108,6 +112,7 @@ void StackReader::prime()
         m_model.add(children[i]);
     for (auto& window : m_model.windows())
         ask(window);
+    askWallpaper();
     xcb_ungrab_server(m_c);
     collectAnswers(true);
 }
@@ -121,6 +126,7 @@ bool StackReader::handle(const xcb_generic_event_t& event)
             return false;
         m_compositor = selection.subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER ? selection.owner : xcb_window_t{XCB_WINDOW_NONE};
         ++m_compositorChanges;
+        m_model.countRootBackground();
         return true;
     }
     return m_model.handle(event);
@@ -129,7 +135,7 @@ bool StackReader::handle(const xcb_generic_event_t& event)
 bool StackReader::needsLearning() const
 {
     const auto windows = m_model.windows();
-    return std::any_of(windows.begin(), windows.end(), [](const ToplevelWindow& window) { return window.needsLearning(); });
+    return !knowsWallpaper() || std::any_of(windows.begin(), windows.end(), [](const ToplevelWindow& window) { return window.needsLearning(); });
 }
 
 void StackReader::learn()
@@ -138,6 +144,8 @@ void StackReader::learn()
         if (window.needsLearning())
             ask(window);
     }
+    if (!knowsWallpaper())
+        askWallpaper();
     collectAnswers(false);
 }
 
@@ -172,17 +180,37 @@ void StackReader::ask(ToplevelWindow& window)
 
 void StackReader::collectAnswers(bool isPriming)
 {
-    if (m_questions.empty()) {
-        xcb_flush(m_c);
-        return;
-    }
     for (const auto& question : m_questions) {
         if (question.asksAttributes)
             takeAttributes(question, isPriming);
         takeDetails(question);
     }
+    if (m_asksWallpaper)
+        takeWallpaper();
     m_server.countRoundTrip();
     m_questions.clear();
+}
+
+void StackReader::askWallpaper()
+{
+    for (std::size_t i = 0; i < wallpaperProperties.size(); ++i) {
+        const auto atom = m_server.connection().atom(wallpaperProperties[i]);
+        m_wallpaperQuestions[i] = xcb_get_property(m_c, 0, m_server.connection().root(), atom, XCB_ATOM_PIXMAP, 0, 1);
+    }
+    m_asksWallpaper = true;
+    m_wallpaperGeneration = m_model.rootBackground();
+}
+
+void StackReader::takeWallpaper()
+{
+    m_wallpaper = XCB_NONE;
+    for (const auto question : m_wallpaperQuestions) {
+        const auto property = adopt(xcb_get_property_reply(m_c, question, nullptr));
+        const bool isSet = property && property->format == 32 && xcb_get_property_value_length(property.get()) == 4;
+        if (isSet && m_wallpaper == XCB_NONE)
+            m_wallpaper = *static_cast<const xcb_pixmap_t*>(xcb_get_property_value(property.get()));
+    }
+    m_asksWallpaper = false;
 }
 
 // A window without answers is gone; its event is on the way.

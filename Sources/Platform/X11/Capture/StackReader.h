@@ -4,9 +4,11 @@
 
 #include <xcb/shape.h>
 
+#include <array>
 #include <vector>
 
 #include "Platform/X11/Capture/CaptureServer.h"
+#include "Platform/X11/Capture/RootBackground.h"
 #include "Platform/X11/Capture/StackModel.h"
 
 namespace Platform::X11 {
@@ -22,13 +24,14 @@ public:
 
     const StackModel& model() const { return m_model; }
     bool hasCompositor() const { return m_compositor != XCB_WINDOW_NONE; }
+    RootLook root() const { return {m_model.root(), m_model.rootBackground(), hasCompositor(), m_wallpaper}; }
     // Counts the times that a compositor came or went.
     std::uint64_t compositorChanges() const { return m_compositorChanges; }
 
     // True when the event changed what is known.
     bool handle(const xcb_generic_event_t&);
 
-    // True when mapped windows wait for learn().
+    // True when mapped windows or the wallpaper wait for learn().
     bool needsLearning() const;
     // Asks for what is missing, of all windows in one round trip.
     void learn();
@@ -53,6 +56,9 @@ private:
     void collectAnswers(bool isPriming);
     void takeAttributes(const Question&, bool isPriming);
     void takeDetails(const Question&);
+    bool knowsWallpaper() const { return m_wallpaperGeneration == m_model.rootBackground(); }
+    void askWallpaper();
+    void takeWallpaper();
     void dropEvents();
 
     CaptureServer& m_server;
@@ -63,6 +69,10 @@ private:
     std::uint64_t m_compositorChanges = 0;
     StackModel m_model;
     std::vector<Question> m_questions;
+    std::array<xcb_get_property_cookie_t, 2> m_wallpaperQuestions{};
+    bool m_asksWallpaper = false;
+    xcb_pixmap_t m_wallpaper = XCB_NONE;
+    std::uint64_t m_wallpaperGeneration = 0;  // of the root background that m_wallpaper belongs to
 };
 
 }  // namespace Platform::X11

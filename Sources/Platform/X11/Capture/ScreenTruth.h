@@ -1,0 +1,38 @@
+// The picture under a compositor: the screen itself where no window of ours lies or lay
+// a moment ago, so that shadows, effects and whatever else is no window are right;
+// elsewhere what the screen last showed there.
+#pragma once
+
+#include <optional>
+
+#include "Platform/X11/Capture/CoverHistory.h"
+#include "Platform/X11/Capture/TruthMemory.h"
+
+namespace Platform::X11 {
+
+class ScreenTruth {
+public:
+    using Time = CoverHistory::Time;
+
+    // `compositorChanges` counts how often a compositor came or went. One that has just
+    // come has painted nothing yet; for a moment the screen is not believed.
+    void update(std::span<const OverlayEntry>, std::uint64_t compositorChanges, Time now);
+
+    // The parts of `area` that the screen does not show as the capture wants them.
+    void findCovered(const DeviceRect& area, const StackModel&, const BelowOverlay&, Region& covered) const;
+
+    // The picture of `area`, 0x00RRGGBB, valid until the next call. `screen` may be empty
+    // when everything is covered.
+    std::span<const std::uint32_t> merge(std::uint32_t windowNumber, const DeviceRect& area, const Region& covered,
+        std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen);
+
+private:
+    CoverHistory m_history;
+    TruthMemory m_memory;
+    std::uint64_t m_compositorChanges = 0;
+    std::optional<Time> m_distrustEnd;
+    std::vector<std::uint32_t> m_composed;
+    std::vector<std::uint32_t> m_picture;
+};
+
+}  // namespace Platform::X11
