@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "Platform/Image.h"
+
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/MonitorLayout.h"
 

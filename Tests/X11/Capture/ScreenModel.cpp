@@ -12,6 +12,8 @@ std::uint32_t tilePixel(const Image& tile, int x, int y)
     return tile.pixel(wrap(x, tile.width()), wrap(y, tile.height()));
 }
 
+std::uint32_t& at(Image& image, int x, int y) { return image.pixels()[static_cast<std::size_t>(y * image.width() + x)]; }
+
 std::uint32_t channel(std::uint32_t pixel, int shift) { return (pixel >> shift) & 0xff; }
 
 // The product of two fractions of 255, rounded to the nearest.
@@ -79,30 +81,36 @@ void ScreenModel::placeBelow(xcb_window_t id, xcb_window_t sibling)
     windows.insert(windows.begin() + static_cast<std::ptrdiff_t>(indexOf(sibling)), std::move(window));
 }
 
-std::uint32_t ScreenModel::pixelAt(DevicePoint point, std::size_t top, const std::set<xcb_window_t>& leftOut) const
-{
-    auto result = tilePixel(rootTile, point.x, point.y) & 0xffffff;
-    for (std::size_t i = 0; i < top; ++i) {
-        const auto& window = windows[i];
-        const auto pixel = leftOut.count(window.id) == 0 ? window.pixelAt(point) : std::nullopt;
-        if (!pixel)
-            continue;
-        const auto alpha = static_cast<std::uint32_t>(static_cast<double>(window.opacity) / 0xffffffff * 255);
-        const auto source = window.isArgb ? *pixel : *pixel | 0xff000000;
-        result = blends ? over(source, alpha, result) : *pixel & 0xffffff;
-    }
-    return result | 0xff000000;
-}
-
 Image ScreenModel::picture(const DeviceRect& area, std::size_t top, const std::set<xcb_window_t>& leftOut) const
 {
     Image image(area.width, area.height);
-    auto* pixel = image.pixels().data();
-    for (int y = area.y; y < area.bottom(); ++y) {
-        for (int x = area.x; x < area.right(); ++x)
-            *pixel++ = m_screen.contains({x, y}) ? pixelAt({x, y}, top, leftOut) : 0;
+    for (int y = 0; y < area.height; ++y) {
+        for (int x = 0; x < area.width; ++x) {
+            const DevicePoint point = {area.x + x, area.y + y};
+            at(image, x, y) = m_screen.contains(point) ? tilePixel(rootTile, point.x, point.y) | 0xff000000 : 0;
+        }
+    }
+    for (std::size_t i = 0; i < top; ++i) {
+        if (leftOut.count(windows[i].id) == 0)
+            paint(windows[i], area, image);
     }
     return image;
+}
+
+void ScreenModel::paint(const ModelWindow& window, const DeviceRect& area, Image& image) const
+{
+    const auto outer = window.outer();
+    const auto alpha = static_cast<std::uint32_t>(static_cast<double>(window.opacity) / 0xffffffff * 255);
+    for (int y = std::max({outer.y, area.y, 0}); y < std::min({outer.bottom(), area.bottom(), m_screen.height}); ++y) {
+        for (int x = std::max({outer.x, area.x, 0}); x < std::min({outer.right(), area.right(), m_screen.width}); ++x) {
+            const auto pixel = window.pixelAt({x, y});
+            if (!pixel)
+                continue;
+            auto& shown = at(image, x - area.x, y - area.y);
+            const auto source = window.isArgb ? *pixel : *pixel | 0xff000000;
+            shown = (blends ? over(source, alpha, shown) : *pixel & 0xffffff) | 0xff000000;
+        }
+    }
 }
 
 }  // namespace CaptureTests

@@ -50,7 +50,7 @@ public:
 
 private:
     ModelWindow take(xcb_window_t);
-    std::uint32_t pixelAt(DevicePoint, std::size_t top, const std::set<xcb_window_t>& leftOut) const;
+    void paint(const ModelWindow&, const DeviceRect& area, Image&) const;
 
     DeviceRect m_screen;
 };

@@ -1,14 +1,13 @@
 #include "Platform/X11/Capture/X11ScreenCapture.h"
 
-#include <gtest/gtest.h>
+#include <xcb/composite.h>
 
-#include <array>
 #include <cmath>
-#include <set>
+#include <thread>
 
-#include "Support/PrivateServer.h"
+#include "Support/WaitUntil.h"
 #include "X11/Capture/AllocationCounter.h"
-#include "X11/Capture/Desktop.h"
+#include "X11/Capture/CaptureSetting.h"
 
 namespace CaptureTests {
 namespace {
@@ -16,42 +15,7 @@ namespace {
 using namespace Platform;
 using namespace Platform::X11;
 
-class X11ScreenCapture : public testing::Test {
-protected:
-    void SetUp() override { useMonitors({{"MAIN", m_desktop.screen(), 1}}); }
-
-    void useMonitors(std::vector<Monitor> monitors) { m_layout.set(MonitorLayout(std::move(monitors))); }
-
-    Captured capture(const Rect& rect, std::uint32_t number = 1, CaptureResolution resolution = CaptureResolution::nominal)
-    {
-        m_desktop.sync();
-        std::array<Captured, 1> answers;
-        m_capture->windowsBelow(number, resolution, {&rect, 1}, answers);
-        return std::move(answers[0]);
-    }
-
-    std::set<std::uint32_t> coloursOf(const Captured& captured)
-    {
-        const auto pixels = captured.image.pixels();
-        return {pixels.begin(), pixels.end()};
-    }
-
-    // An overlay of one window, shown.
-    xcb_window_t showOverlay(std::uint32_t number, const DeviceRect& frame)
-    {
-        const auto window = m_desktop.makeMappedWindow({.inner = frame, .colour = 0x112233});
-        m_entries.push_back({number, {{window, frame}}, XCB_WINDOW_NONE});
-        m_stack.set(m_entries);
-        return window;
-    }
-
-    TestSupport::PrivateServer m_server{"320x200x24"};
-    Desktop m_desktop{m_server.displayName()};
-    SharedMonitorLayout m_layout;
-    OverlayStack m_stack;
-    std::vector<OverlayEntry> m_entries;
-    std::unique_ptr<Platform::X11::X11ScreenCapture> m_capture = Platform::X11::X11ScreenCapture::open(m_server.displayName(), m_layout, m_stack);
-};
+class X11ScreenCapture : public CaptureSetting { };
 
 TEST_F(X11ScreenCapture, OpensNothingWithoutAServer) { EXPECT_EQ(Platform::X11::X11ScreenCapture::open(":9999", m_layout, m_stack), nullptr); }
 
@@ -63,7 +27,7 @@ TEST_F(X11ScreenCapture, SeesTheWindowUnderOurOwn)
     EXPECT_EQ(captured.truth, CaptureTruth::exact);
     EXPECT_EQ(captured.image.width(), 30);
     EXPECT_EQ(captured.image.height(), 1);
-    EXPECT_EQ(coloursOf(captured), (std::set<std::uint32_t>{0xff00ff00}));
+    EXPECT_EQ(coloursOf(captured), (Colours{0xff00ff00}));
 }
 
 TEST_F(X11ScreenCapture, SeesTheRootBackgroundUnderOurOwn)
@@ -81,18 +45,10 @@ TEST_F(X11ScreenCapture, SeesTheRootBackgroundUnderOurOwn)
 TEST_F(X11ScreenCapture, FollowsANewRootBackground)
 {
     m_capture->activate();
-    m_desktop.setRootTile([] {
-        Image tile(1, 1);
-        tile.pixels()[0] = 0x123456;
-        return tile;
-    }());
-    EXPECT_EQ(coloursOf(capture({0, 0, 10, 10})), (std::set<std::uint32_t>{0xff123456}));
-    m_desktop.setRootTile([] {
-        Image tile(1, 1);
-        tile.pixels()[0] = 0x654321;
-        return tile;
-    }());
-    EXPECT_EQ(coloursOf(capture({0, 0, 10, 10})), (std::set<std::uint32_t>{0xff654321}));
+    m_desktop.setRootTile(tileOf(0x123456));
+    EXPECT_EQ(coloursOf(capture({0, 0, 10, 10})), (Colours{0xff123456}));
+    m_desktop.setRootTile(tileOf(0x654321));
+    EXPECT_EQ(coloursOf(capture({0, 0, 10, 10})), (Colours{0xff654321}));
 }
 
 TEST_F(X11ScreenCapture, LeavesOutOverlaysAboveAndSeesThoseBelow)
@@ -101,9 +57,9 @@ TEST_F(X11ScreenCapture, LeavesOutOverlaysAboveAndSeesThoseBelow)
     const auto lower = m_desktop.makeMappedWindow({.inner = {0, 50, 320, 1}, .colour = 0x0000ff});
     const auto upper = m_desktop.makeMappedWindow({.inner = {0, 40, 30, 30}, .colour = 0xff0000});
     m_stack.set({{7, {{lower, {0, 50, 320, 1}}}, XCB_WINDOW_NONE}, {8, {{upper, {0, 40, 30, 30}}}, XCB_WINDOW_NONE}});
-    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1}, 7)), (std::set<std::uint32_t>{0xff00ff00}));
-    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1}, 8)), (std::set<std::uint32_t>{0xff0000ff}));
-    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1}, 99)), (std::set<std::uint32_t>{0xffff0000}));
+    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1}, 7)), (Colours{0xff00ff00}));
+    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1}, 8)), (Colours{0xff0000ff}));
+    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1}, 99)), (Colours{0xffff0000}));
 }
 
 TEST_F(X11ScreenCapture, LeavesOutForeignWindowsAboveTheOverlay)
@@ -111,7 +67,7 @@ TEST_F(X11ScreenCapture, LeavesOutForeignWindowsAboveTheOverlay)
     m_desktop.makeMappedWindow({.inner = {0, 0, 320, 200}, .colour = 0x00ff00});
     showOverlay(1, {0, 50, 320, 1});
     m_desktop.makeMappedWindow({.inner = {0, 0, 320, 200}, .colour = 0xff0000});
-    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1})), (std::set<std::uint32_t>{0xff00ff00}));
+    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1})), (Colours{0xff00ff00}));
 }
 
 TEST_F(X11ScreenCapture, TreatsAnOverlayThatIsNotShownYetAsTheHighest)
@@ -119,14 +75,14 @@ TEST_F(X11ScreenCapture, TreatsAnOverlayThatIsNotShownYetAsTheHighest)
     const auto window = m_desktop.makeWindow({.inner = {0, 0, 320, 1}, .colour = 0x112233});
     m_stack.set({{1, {{window, {}}}, XCB_WINDOW_NONE}});
     m_desktop.makeMappedWindow({.inner = {0, 0, 320, 200}, .colour = 0x00ff00});
-    EXPECT_EQ(coloursOf(capture({0, 0, 20, 1})), (std::set<std::uint32_t>{0xff00ff00}));
+    EXPECT_EQ(coloursOf(capture({0, 0, 20, 1})), (Colours{0xff00ff00}));
 }
 
 TEST_F(X11ScreenCapture, ShowsAlphaOpaqueWithoutACompositor)
 {
     m_desktop.makeMappedWindow({.inner = {0, 0, 320, 200}, .colour = 0x00ff00});
     m_desktop.makeMappedWindow({.inner = {0, 0, 50, 50}, .colour = 0x80400000, .isArgb = true});
-    EXPECT_EQ(coloursOf(capture({0, 0, 20, 1})), (std::set<std::uint32_t>{0xff400000}));
+    EXPECT_EQ(coloursOf(capture({0, 0, 20, 1})), (Colours{0xff400000}));
 }
 
 TEST_F(X11ScreenCapture, AnswersAllRectanglesInOneRoundTrip)
@@ -235,7 +191,57 @@ TEST_F(X11ScreenCapture, CapturesAlsoWhileInactive)
     showOverlay(1, {0, 50, 320, 1});
     m_capture->activate();
     m_capture->deactivate();
-    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1})), (std::set<std::uint32_t>{0xff00ff00}));
+    EXPECT_EQ(coloursOf(capture({0, 50, 20, 1})), (Colours{0xff00ff00}));
+}
+
+TEST_F(X11ScreenCapture, ListensAndRedirectsOnlyWhileActive)
+{
+    auto& c = m_desktop.connection();
+    const auto window = m_desktop.makeMappedWindow({.inner = {0, 0, 50, 50}, .colour = 0x00ff00});
+    m_desktop.sync();
+    Platform::X11::adopt(xcb_composite_query_version_reply(c, xcb_composite_query_version(c, 0, 4), nullptr));
+    const auto isRedirected = [&] { return !adopt(xcb_request_check(c, xcb_composite_name_window_pixmap_checked(c, window, c.newId()))); };
+    const auto eventsOf = [&](xcb_window_t id) {
+        return adopt(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, id), nullptr))->all_event_masks;
+    };
+    EXPECT_FALSE(isRedirected());
+    m_capture->activate();
+    capture({0, 0, 300, 10});
+    EXPECT_TRUE(isRedirected());
+    EXPECT_NE(eventsOf(c.root()) & XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, 0U);
+    EXPECT_NE(eventsOf(window), 0U);
+    m_capture->deactivate();
+    EXPECT_TRUE(TestSupport::waitUntil([&] { return !isRedirected(); }));
+    EXPECT_EQ(eventsOf(c.root()) & XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, 0U);
+    EXPECT_EQ(eventsOf(window), 0U);
+}
+
+TEST_F(X11ScreenCapture, MayBeActivatedTwice)
+{
+    m_capture->activate();
+    const auto before = m_capture->roundTrips();
+    m_capture->activate();
+    EXPECT_EQ(m_capture->roundTrips(), before);
+    m_capture->deactivate();
+    m_capture->deactivate();
+    EXPECT_EQ(capture({0, 0, 5, 5}).truth, CaptureTruth::exact);
+}
+
+TEST_F(X11ScreenCapture, LetsThreadsWaitForOneAnother)
+{
+    m_desktop.makeMappedWindow({.inner = {0, 0, 320, 200}, .colour = 0x00ff00});
+    m_desktop.sync();
+    long wrong = 0;
+    std::thread other([&] {
+        for (int i = 0; i < 200; ++i) {
+            m_capture->activate();
+            m_capture->deactivate();
+        }
+    });
+    for (int i = 0; i < 200; ++i)
+        wrong += coloursOf(capture({0, 0, 5, 5})) != Colours{0xff00ff00} ? 1 : 0;
+    other.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "Platform/X11/Capture/TruthMemory.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace Platform::X11 {
 namespace {
@@ -58,6 +59,12 @@ void TruthMemory::remember(
     record.truth.assign(picture.begin(), picture.end());
 }
 
+std::size_t TruthMemory::valueCount() const
+{
+    return std::accumulate(
+        m_records.begin(), m_records.end(), std::size_t{0}, [](std::size_t sum, const Record& record) { return sum + record.size(); });
+}
+
 // The record of the same place, else the oldest one when there is no room for more;
 // always the newest afterwards.
 TruthMemory::Record& TruthMemory::makeRecord(std::uint32_t windowNumber, const DeviceRect& area, std::size_t values)
@@ -65,9 +72,7 @@ TruthMemory::Record& TruthMemory::makeRecord(std::uint32_t windowNumber, const D
     const auto isSame = [&](const Record& record) { return record.windowNumber == windowNumber && record.area == area; };
     auto reused = std::find_if(m_records.begin(), m_records.end(), isSame);
     if (reused == m_records.end()) {
-        for (const auto& record : m_records)
-            values += record.size();
-        for (; m_records.size() > 1 && values - m_records.front().size() > mostValues; m_records.erase(m_records.begin()))
+        for (values += valueCount(); m_records.size() > 1 && values - m_records.front().size() > mostValues; m_records.erase(m_records.begin()))
             values -= m_records.front().size();
         const bool isFull = m_records.size() == mostRecords || (values > mostValues && !m_records.empty());
         reused = isFull ? m_records.begin() : m_records.insert(m_records.end(), Record());

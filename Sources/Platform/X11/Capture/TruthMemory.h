@@ -25,6 +25,9 @@ public:
 
     void forget() { m_records.clear(); }
 
+    // Of 32 bits each, that it holds memory for.
+    std::size_t valueCount() const;
+
 private:
     struct Record {
         std::uint32_t windowNumber = 0;
