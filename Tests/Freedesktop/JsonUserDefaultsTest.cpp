@@ -157,6 +157,20 @@ TEST(JsonUserDefaults, SeesChangesInPlaceWithinOneTickOfTheClock)
     }
 }
 
+// Kernels with coarse clocks give two changes within a tick the same signature.
+TEST(JsonUserDefaults, ReadsAFileThatChangedAMomentAgoAgain)
+{
+    const SettingsFolder settings;
+    JsonUserDefaults defaults(settings.file);
+    defaults.setObject("zoom", 4.0);
+    defaults.object("zoom");
+    ASSERT_FALSE(isSettled(signatureOf(settings.file)));
+    const long before = readCalls();
+    for (int i = 0; i < 10; ++i)
+        defaults.object("zoom");
+    EXPECT_GE(readCalls() - before, 10);
+}
+
 TEST(JsonUserDefaults, DoesNotReadASettledFileAgain)
 {
     const SettingsFolder settings;

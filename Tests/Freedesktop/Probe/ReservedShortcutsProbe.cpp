@@ -1,5 +1,5 @@
 // Prints the running desktop's reserved shortcuts, one "key code, modifiers" a line, then
-// how long the last of COUNT questions took and how many file descriptors all but the
+// how long the quickest of COUNT questions took and how many file descriptors all but the
 // first left open. Ends when standard input does.
 //     reserved_shortcuts_probe [COUNT]
 // Or owns a name on the session bus and never answers anybody (it stops itself):
@@ -7,6 +7,7 @@
 #include <gio/gio.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -40,17 +41,17 @@ void printShortcuts(int count)
 {
     Platform::Freedesktop::DesktopReservedShortcuts shortcuts;
     std::vector<Platform::SymbolicHotKey> found;
-    std::chrono::steady_clock::duration elapsed{};
+    auto quickest = std::chrono::steady_clock::duration::max();
     long afterTheFirst = 0;
     for (int i = 0; i < count; ++i) {
         const auto start = std::chrono::steady_clock::now();
         found = shortcuts.copySymbolicHotKeys();
-        elapsed = std::chrono::steady_clock::now() - start;
+        quickest = std::min(quickest, std::chrono::steady_clock::now() - start);
         afterTheFirst = i == 0 ? openDescriptors() : afterTheFirst;
     }
     for (const auto& hotKey : found)
         std::printf("%lld 0x%x\n", static_cast<long long>(hotKey.keyCode), hotKey.carbonModifiers);
-    std::printf("milliseconds %lld\n", static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count()));
+    std::printf("milliseconds %lld\n", static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(quickest).count()));
     std::printf("descriptors %ld\n", openDescriptors() - afterTheFirst);
     std::fflush(stdout);
     while (std::getchar() != EOF) { }
