@@ -4,7 +4,9 @@
 
 #include <limits>
 #include <map>
+#include <memory>
 #include <sstream>
+#include <utility>
 
 #include "Support/CallLog.h"
 #include "Support/FakeHotKeyCenter.h"
@@ -285,6 +287,21 @@ TEST_F(CarbonKeyboardShortcutsTest, LetsAnActionTakeItsOwnHotKeyAway)
     setMenuOpen(true);
     EXPECT_EQ(m_center.press({37, 0x900}), Platform::noErr);
     EXPECT_EQ(m_calls, "737");
+}
+
+TEST_F(CarbonKeyboardShortcutsTest, KeepsAnActionAliveWhileItRuns)
+{
+    auto owned = std::make_shared<int>(0);
+    const std::weak_ptr<int> observed = owned;
+    bool wasAlive = false;
+    auto end = [this, &observed, &wasAlive, owned = std::move(owned)](const Shortcut& shortcut) {
+        m_carbon.unregisterShortcut(shortcut);
+        wasAlive = !observed.expired();
+    };
+    m_carbon.registerShortcut(optionCommandX, std::move(end), nullptr);
+    m_center.press({7, 0x900});
+    EXPECT_TRUE(wasAlive);
+    EXPECT_TRUE(observed.expired());
 }
 
 TEST_F(CarbonKeyboardShortcutsTest, GivesEverythingBackAtItsEnd)

@@ -226,6 +226,17 @@ TEST_F(KeyboardShortcutsDispatch, FollowsMenusOnceEvenIfToldTwice)
     EXPECT_TRUE(takeLines().empty());
 }
 
+TEST_F(KeyboardShortcutsDispatch, BeginsToFollowMenusWithTheFirstNameOnly)
+{
+    m_shortcuts.declareName("toggleCrosshair", optionCommandX);
+    std::size_t heldForLaterObservers = 1;
+    const auto token = m_notifications.addObserver(
+        "NSMenuDidBeginTrackingNotification", [&](const Platform::Notification&) { heldForLaterObservers = registered().size(); });
+    m_shortcuts.declareName("toggleLoupe", optionCommandL);
+    openMenu();
+    EXPECT_EQ(heldForLaterObservers, 0U);
+}
+
 TEST_F(KeyboardShortcutsDispatch, TellsOfAFailedRegistrationAndKeepsTheShortcut)
 {
     m_hotKeys.refuse({7, 0x900});

@@ -2,11 +2,19 @@
 // come true, with a deadline.
 #pragma once
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QEventLoop>
 #include <QTimer>
 #include <chrono>
 
 namespace TestSupport {
+
+// Deletes at its end what Qt would delete in a later turn of a loop that runs no more.
+// Belongs between the application object and the main loop.
+struct DeferredDeletes {
+    ~DeferredDeletes() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+};
 
 // Looks after every millisecond of running. False when the deadline passed first.
 template <typename Condition> bool loopUntil(Condition&& condition, std::chrono::milliseconds deadline = std::chrono::seconds(10))

@@ -100,6 +100,7 @@ protected:
     char m_programName[5] = "test";
     char* m_arguments[2] = {m_programName, nullptr};
     QCoreApplication m_application{m_argumentCount, m_arguments};
+    TestSupport::DeferredDeletes m_deferredDeletes;
     Platform::QtMainLoop m_mainLoop;
     TestSupport::PrivateServer m_server;
     TestSupport::XTestKeyboard m_keyboard{m_server.displayName()};
