@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "KeyboardShortcuts/KeyboardShortcuts.h"
+#include "Platform/Qt/QtRootEvents.h"
 #include "Platform/X11/Connection.h"
 #include "Tarnwick/CrosshairController.h"
 #include "Tarnwick/DesktopSystem.h"
@@ -71,6 +72,7 @@ int main(int argc, char** argv)
     QGuiApplication::setApplicationDisplayName("Tarnwick");
     QGuiApplication::setDesktopFileName("org.tarnwick.Tarnwick");
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    Platform::ignoreOtherWindowsOnRoot();
 
     const auto desktop = Tarnwick::DesktopSystem::open();
     if (!desktop)
