@@ -31,7 +31,7 @@ public:
     void pressEscape();
 
     // Success once the screen shows exactly what lies beneath with the crosshair at that
-    // device pixel, or without one; it waits for that.
+    // device pixel, without one, or that picture; it waits for that.
     testing::AssertionResult showsCrosshairAt(int x, int y);
     testing::AssertionResult showsNoCrosshair();
 
@@ -39,9 +39,9 @@ public:
     bool showsCursorAt(int x, int y);
     bool showsNoCursor();
 
-private:
     testing::AssertionResult shows(const Platform::Image&);
 
+private:
     Desktop m_desktop;
     Wallpaper m_wallpaper;
     TestWindow m_other;

@@ -1,7 +1,10 @@
 #include "Support/Desktop/Monitors.h"
 
+#include <sys/uio.h>
 #include <xcb/randr.h>
+#include <xcb/xcbext.h>
 
+#include <cstddef>
 #include <stdexcept>
 
 namespace TestSupport {
@@ -27,14 +30,28 @@ void throwOnError(const Connection& connection, xcb_void_cookie_t cookie)
         throw std::runtime_error("the X server refuses the monitor");
 }
 
+struct SetMonitorRequest {
+    xcb_randr_set_monitor_request_t head;
+    xcb_randr_monitor_info_t info;
+    xcb_randr_output_t output;
+};
+static_assert(sizeof(SetMonitorRequest) == 8 + 24 + 4);
+
+// libxcb 1.15's own function for this request hands over memory that it never filled in.
+xcb_void_cookie_t send(const Connection& connection, SetMonitorRequest& monitor)
+{
+    xcb_protocol_request_t request{.count = 1, .ext = &xcb_randr_id, .opcode = XCB_RANDR_SET_MONITOR, .isvoid = 1};
+    const std::size_t length = monitor.info.nOutput == 0 ? offsetof(SetMonitorRequest, output) : sizeof monitor;
+    iovec parts[3]{{}, {}, {&monitor, length}};  // the library wants two spare ones before the request's own
+    return {xcb_send_request(connection, XCB_REQUEST_CHECKED, parts + 2, &request)};
+}
+
 }  // namespace
 
 void setMonitor(Connection& connection, const std::string& name, const DeviceRect& frame, bool isPrimary)
 {
-    struct {
-        xcb_randr_monitor_info_t info;
-        xcb_randr_output_t output;
-    } monitor{};
+    SetMonitorRequest monitor{};
+    monitor.head.window = connection.root();
     monitor.info.name = connection.atom(name);
     monitor.info.primary = isPrimary ? 1 : 0;
     monitor.info.nOutput = isPrimary ? 1 : 0;
@@ -45,7 +62,9 @@ void setMonitor(Connection& connection, const std::string& name, const DeviceRec
     monitor.info.width_in_millimeters = millimetres(frame.width);
     monitor.info.height_in_millimeters = millimetres(frame.height);
     monitor.output = isPrimary ? firstOutput(connection) : xcb_randr_output_t{XCB_NONE};
-    throwOnError(connection, xcb_randr_set_monitor_checked(connection, connection.root(), &monitor.info));
+    // The server refuses a name that is taken.
+    adopt(xcb_request_check(connection, xcb_randr_delete_monitor_checked(connection, connection.root(), monitor.info.name)));
+    throwOnError(connection, send(connection, monitor));
 }
 
 void removeMonitor(Connection& connection, const std::string& name)
