@@ -51,6 +51,7 @@ TEST_F(ThreadSerialQueueTest, RunsOneTaskAtATimeForManyThreads)
 {
     int unguarded = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             for (int j = 0; j < 250; ++j)

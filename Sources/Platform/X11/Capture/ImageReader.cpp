@@ -4,6 +4,7 @@
 #include <sys/shm.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace Platform::X11 {
@@ -54,7 +55,7 @@ void ImageReader::attach(std::size_t bytes)
     if (id < 0)
         return;
     void* memory = shmat(id, nullptr, 0);
-    if (memory != reinterpret_cast<void*>(-1)) {
+    if (reinterpret_cast<std::intptr_t>(memory) != -1) {
         auto& c = m_server.connection();
         m_segment = c.newId();
         const auto error = adopt(xcb_request_check(c, xcb_shm_attach_checked(c, m_segment, static_cast<std::uint32_t>(id), 0)));

@@ -29,6 +29,7 @@ std::vector<Foreign> windowsAbove(Connection& connection, const std::function<bo
     }
 
     std::vector<std::pair<xcb_get_window_attributes_cookie_t, xcb_get_geometry_cookie_t>> cookies;
+    cookies.reserve(candidates.size());
     for (const auto window : candidates)
         cookies.emplace_back(xcb_get_window_attributes(connection, window), xcb_get_geometry(connection, window));
     std::vector<Foreign> above;
