@@ -1,25 +1,16 @@
 #include "Tarnwick/CrosshairView.h"
 
 #include <cmath>
-#include <limits>
-#include <string>
 #include <utility>
 
-#include "Platform/FatalError.h"
 #include "Tarnwick/ColourInversion.h"
+#include "Tarnwick/WindowIdentifier.h"
 
 namespace Tarnwick {
 namespace {
 
 // Black at 85 %.
 constexpr std::uint32_t fallbackColour = 0xD9000000;
-
-std::uint32_t windowIdentifier(std::int64_t windowNumber)
-{
-    if (windowNumber < 0 || windowNumber > std::numeric_limits<std::uint32_t>::max())
-        Platform::fatalError("the window number is no unsigned 32-bit value", std::to_string(windowNumber));
-    return static_cast<std::uint32_t>(windowNumber);
-}
 
 }  // namespace
 

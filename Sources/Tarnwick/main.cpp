@@ -9,9 +9,11 @@
 
 #include "KeyboardShortcuts/KeyboardShortcuts.h"
 #include "Platform/Qt/QtRootEvents.h"
+#include "Platform/Qt/QtShapePainter.h"
 #include "Platform/X11/Connection.h"
 #include "Tarnwick/CrosshairController.h"
 #include "Tarnwick/DesktopSystem.h"
+#include "Tarnwick/LoupeOverlayWindow.h"
 
 namespace {
 
@@ -83,6 +85,8 @@ int main(int argc, char** argv)
     const KeyboardShortcuts::Texts texts;
     KeyboardShortcuts::KeyboardShortcuts shortcuts(
         system.userDefaults, system.notifications, system.hotKeys, system.keyboardLayout, system.reservedShortcuts, texts);
-    Tarnwick::CrosshairController controller(system, shortcuts);
+    Platform::QtShapePainter shapePainter;
+    Tarnwick::CrosshairController controller(system, shortcuts,
+        [&](std::function<void()> onDismiss) { return std::make_unique<Tarnwick::LoupeOverlayWindow>(system, shapePainter, std::move(onDismiss)); });
     return QGuiApplication::exec();
 }

@@ -1,0 +1,218 @@
+#include "Tarnwick/LoupePicture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
+#include "Tarnwick/PremultipliedPixel.h"
+
+namespace Tarnwick {
+namespace {
+
+constexpr double circleInset = 1;
+constexpr double lineWidth = 1;
+constexpr double ringWidth = 2;
+constexpr double horizontalPadding = 12;
+constexpr double verticalPadding = 5;
+
+constexpr std::uint32_t backdropColour = 0x26000000;  // black at 15 %
+constexpr std::uint32_t ringColour = 0x73000000;      // black at 45 %
+constexpr std::uint32_t capsuleColour = 0x9E000000;   // black at 62 %
+constexpr std::uint32_t textColour = 0xF2F2F2F2;      // white at 95 %
+constexpr std::uint32_t opaque = 0xFF000000;
+
+// The guillemets are U+2039 and U+203A.
+constexpr std::string_view footerText = "1 / 2  size       \u2039 \u203A  zoom";
+constexpr Platform::Font footerFont{.size = 11, .weight = Platform::FontWeight::medium};
+
+constexpr double mostRows = 2048;
+
+// Sums and products that differ from a whole number, or from a half, by the error of
+// their arithmetic only are taken for it.
+constexpr double arithmeticError = 1e-6;
+
+int pixelsToCover(double length) { return static_cast<int>(std::max(1.0, std::ceil(length - arithmeticError))); }
+
+std::size_t nearestEdge(double position) { return static_cast<std::size_t>(std::max(0.0, std::floor(position + 0.5 + arithmeticError))); }
+
+// Which of `count` sample pixels, stretched from `start` over `length`, each device pixel's
+// centre lies in.
+void layIndices(std::vector<std::size_t>& indices, std::size_t size, double start, double length, int count)
+{
+    indices.resize(size);
+    for (std::size_t i = 0; i < size; ++i) {
+        const double index = std::floor((static_cast<double>(i) + 0.5 - start) * count / length);
+        indices[i] = static_cast<std::size_t>(std::clamp(index, 0.0, static_cast<double>(count - 1)));
+    }
+}
+
+}  // namespace
+
+void LoupePicture::lay(double diameter, double scale)
+{
+    if (diameter == m_diameter && scale == m_screenScale)
+        return;
+    m_diameter = diameter;
+    m_screenScale = scale;
+    m_scale = std::min(scale, mostRows / (diameter + loupeFooterHeight));
+    m_image.resize(pixelsToCover(diameter * m_scale), pixelsToCover((diameter + loupeFooterHeight) * m_scale));
+    std::fill(m_image.pixels().begin(), m_image.pixels().end(), 0U);
+    m_sampleWidth = 0;
+    m_sampleHeight = 0;
+    paintOrnaments();
+    cutCircle();
+    layCentreLines();
+}
+
+Platform::Size LoupePicture::size() const { return {m_image.width() / m_scale, m_image.height() / m_scale}; }
+
+void LoupePicture::paintOrnaments()
+{
+    const Platform::Canvas canvas{m_image, m_scale};
+    const double circleSide = m_diameter - 2 * circleInset;
+    if (circleSide > 0)
+        m_painter.strokeEllipse(canvas, {circleInset, circleInset, circleSide, circleSide}, ringWidth, ringColour);
+
+    const auto text = m_painter.textSize(footerText, footerFont);
+    const Platform::Size capsule{text.width + 2 * horizontalPadding, text.height + 2 * verticalPadding};
+    const Platform::Point corner{(m_diameter - capsule.width) * 0.5, m_diameter + (loupeFooterHeight - capsule.height) * 0.5};
+    m_painter.fillRoundedRectangle(canvas, {corner.x, corner.y, capsule.width, capsule.height}, capsule.height * 0.5, capsuleColour);
+    m_painter.drawText(canvas, {corner.x + horizontalPadding, corner.y + verticalPadding}, footerText, footerFont, textColour);
+}
+
+void LoupePicture::cutCircle()
+{
+    m_rows.clear();
+    m_rim.clear();
+    const double circleSide = m_diameter - 2 * circleInset;
+    if (circleSide <= 0)
+        return;
+    Platform::Image clip(m_image.width(), std::min(m_image.width(), m_image.height()));
+    std::fill(clip.pixels().begin(), clip.pixels().end(), 0U);
+    m_painter.fillEllipse({clip, m_scale}, {circleInset, circleInset, circleSide, circleSide}, opaque);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(clip.height()); ++y) {
+        const auto row = cutRow(y, clip);
+        if (row.from == row.to)
+            continue;
+        if (m_rows.empty())
+            m_firstRow = y;
+        m_rows.push_back(row);
+    }
+}
+
+LoupePicture::Row LoupePicture::cutRow(std::size_t y, const Platform::Image& clip)
+{
+    const auto width = static_cast<std::size_t>(clip.width());
+    const auto coverage = clip.pixels().subspan(y * width, width);
+    const auto ornaments = m_image.pixels().subspan(y * width, width);
+    const auto shows = [&](std::size_t x) { return coverage[x] != 0; };
+    const auto showsPlainly = [&](std::size_t x) { return alphaOf(coverage[x]) == 255 && ornaments[x] == 0; };
+
+    Row row;
+    while (row.from < width && !shows(row.from))
+        ++row.from;
+    row.to = width;
+    while (row.to > row.from && !shows(row.to - 1))
+        --row.to;
+    row.innerFrom = row.from;
+    while (row.innerFrom < row.to && !showsPlainly(row.innerFrom))
+        ++row.innerFrom;
+    row.innerTo = row.innerFrom;
+    while (row.innerTo < row.to && showsPlainly(row.innerTo))
+        ++row.innerTo;
+
+    for (std::size_t x = row.from; x < row.to; ++x) {
+        if (x == row.innerFrom)
+            x = row.innerTo;
+        if (x < row.to)
+            m_rim.push_back({ornaments[x], alphaOf(scaled(coverage[x], 255 - alphaOf(ornaments[x])))});
+    }
+    return row;
+}
+
+// Hard edges, on device pixels: a line of one point is as sharp as a pixel of the sample.
+void LoupePicture::layCentreLines()
+{
+    const double middle = m_diameter * 0.5 * m_scale;
+    const double reach = lineWidth * 0.5 * m_scale;
+    const auto width = static_cast<std::size_t>(m_image.width());
+    m_lineFrom = std::min(nearestEdge(middle - reach), width - 1);
+    m_lineTo = std::clamp(nearestEdge(middle + reach), m_lineFrom + 1, width);
+}
+
+void LoupePicture::laySample(int width, int height)
+{
+    if (width == m_sampleWidth && height == m_sampleHeight)
+        return;
+    m_sampleWidth = width;
+    m_sampleHeight = height;
+    const auto side = static_cast<std::size_t>(m_image.width());
+    const double start = circleInset * m_scale;
+    const double length = (m_diameter - 2 * circleInset) * m_scale;
+    layIndices(m_sampleColumns, side, start, length, width);
+    layIndices(m_sampleRows, side, start, length, height);
+    m_blended.resize(static_cast<std::size_t>(width));
+}
+
+const Platform::Image& LoupePicture::compose(const Platform::Image* sample)
+{
+    if (m_rows.empty())
+        return m_image;
+    const auto width = static_cast<std::size_t>(m_image.width());
+    m_row.resize(width);
+    m_crossing.resize(width);
+    if (sample != nullptr)
+        laySample(sample->width(), sample->height());
+
+    const RimPixel* rim = m_rim.data();
+    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+        const auto y = m_firstRow + i;
+        const bool showsTheSameAsAbove = i > 0 && (sample == nullptr || m_sampleRows[y] == m_sampleRows[y - 1]);
+        if (!showsTheSameAsAbove)
+            magnifyRow(sample, y);
+        const bool isCrossed = y >= m_lineFrom && y < m_lineTo;
+        if (isCrossed)
+            crossRow();
+        rim = putRow(m_rows[i], isCrossed ? m_crossing : m_row, y, rim);
+    }
+    return m_image;
+}
+
+void LoupePicture::magnifyRow(const Platform::Image* sample, std::size_t y)
+{
+    if (sample == nullptr) {
+        std::fill(m_row.begin(), m_row.end(), backdropColour);
+    } else {
+        const auto width = m_blended.size();
+        const auto* from = sample->pixels().data() + m_sampleRows[y] * width;
+        for (std::size_t x = 0; x < width; ++x)
+            m_blended[x] = over(from[x], backdropColour);
+        for (std::size_t x = 0; x < m_row.size(); ++x)
+            m_row[x] = m_blended[m_sampleColumns[x]];
+    }
+    for (std::size_t x = m_lineFrom; x < m_lineTo; ++x)
+        m_row[x] = differenceWithWhite(m_row[x]);
+}
+
+// Both lines are one stroke: where they cross, the difference is taken once.
+void LoupePicture::crossRow()
+{
+    for (std::size_t x = 0; x < m_row.size(); ++x)
+        m_crossing[x] = differenceWithWhite(m_row[x]);
+    std::copy(m_row.data() + m_lineFrom, m_row.data() + m_lineTo, m_crossing.data() + m_lineFrom);
+}
+
+const LoupePicture::RimPixel* LoupePicture::putRow(const Row& row, const std::vector<std::uint32_t>& pixels, std::size_t y, const RimPixel* rim)
+{
+    auto* const to = m_image.pixels().data() + y * static_cast<std::size_t>(m_image.width());
+    const auto putRim = [&](std::size_t first, std::size_t last) {
+        for (std::size_t x = first; x < last; ++x, ++rim)
+            to[x] = rim->above + scaled(pixels[x], rim->share);
+    };
+    putRim(row.from, row.innerFrom);
+    std::copy(pixels.data() + row.innerFrom, pixels.data() + row.innerTo, to + row.innerFrom);
+    putRim(row.innerTo, row.to);
+    return rim;
+}
+
+}  // namespace Tarnwick

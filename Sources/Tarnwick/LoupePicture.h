@@ -1,0 +1,79 @@
+// The loupe's picture in device pixels: a sample of the screen stretched into a circle
+// without smoothing, with centre lines, a ring around it and a footer below. Masks, ring,
+// capsule and text are made once for a size; composing a frame allocates nothing.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "Platform/Image.h"
+#include "Platform/ShapePainter.h"
+
+namespace Tarnwick {
+
+// Points, below the circle.
+inline constexpr double loupeFooterHeight = 28;
+
+class LoupePicture {
+public:
+    explicit LoupePicture(Platform::ShapePainter& painter) : m_painter(painter) { }
+
+    // For a circle of that diameter (points, above 0) on a screen of that scale. Where the
+    // picture would have more than 2048 rows it is made coarser, so that no stored diameter
+    // takes the memory away; size() tells what it is to cover all the same.
+    void lay(double diameter, double scale);
+
+    // Points that the image covers: the view's size, rounded up to whole device pixels.
+    Platform::Size size() const;
+
+    // Null: no sample, the circle shows its backdrop. The image stays as it is until the
+    // next call.
+    const Platform::Image& compose(const Platform::Image* sample);
+
+private:
+    // What is drawn of one row: from `from` to `to`, where from `innerFrom` to `innerTo` the
+    // sample shows as it is and beside it lies under ring or clip.
+    struct Row {
+        std::size_t from = 0;
+        std::size_t innerFrom = 0;
+        std::size_t innerTo = 0;
+        std::size_t to = 0;
+    };
+    // A pixel of the circle's rim: this over so much of the sample.
+    struct RimPixel {
+        std::uint32_t above = 0;
+        std::uint32_t share = 0;  // of 255
+    };
+
+    void paintOrnaments();
+    void cutCircle();
+    Row cutRow(std::size_t y, const Platform::Image& clip);
+    void layCentreLines();
+    void laySample(int width, int height);
+    void magnifyRow(const Platform::Image* sample, std::size_t y);
+    void crossRow();
+    const RimPixel* putRow(const Row&, const std::vector<std::uint32_t>& pixels, std::size_t y, const RimPixel*);
+
+    Platform::ShapePainter& m_painter;
+    double m_diameter = 0;
+    double m_screenScale = 0;
+    double m_scale = 1;
+    Platform::Image m_image;
+
+    std::size_t m_firstRow = 0;
+    std::vector<Row> m_rows;
+    std::vector<RimPixel> m_rim;  // in the order of drawing
+    std::size_t m_lineFrom = 0;   // the centre lines' columns, which are their rows too
+    std::size_t m_lineTo = 0;
+
+    int m_sampleWidth = 0;
+    int m_sampleHeight = 0;
+    std::vector<std::size_t> m_sampleColumns;  // of each column of the picture
+    std::vector<std::size_t> m_sampleRows;
+    std::vector<std::uint32_t> m_blended;   // a row of the sample over the backdrop
+    std::vector<std::uint32_t> m_row;       // the same, stretched, with the vertical line
+    std::vector<std::uint32_t> m_crossing;  // the same within the horizontal line
+};
+
+}  // namespace Tarnwick

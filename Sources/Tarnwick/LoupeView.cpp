@@ -1,0 +1,73 @@
+#include "Tarnwick/LoupeView.h"
+
+#include <cmath>
+#include <span>
+#include <utility>
+
+#include "Tarnwick/ScreenAt.h"
+#include "Tarnwick/WindowIdentifier.h"
+
+namespace Tarnwick {
+
+LoupeView::LoupeView(
+    Platform::MainLoop& mainLoop, Platform::Screens& screens, Platform::ScreenCapture& screenCapture, Platform::ShapePainter& painter)
+    : m_mainLoop(mainLoop), m_screens(screens), m_screenCapture(screenCapture), m_picture(painter)
+{
+}
+
+void LoupeView::refresh(Platform::Point sampledCenter, double sampleSide, std::int64_t excludingWindowNumber)
+{
+    const auto screens = m_screens.screens();
+    const double primaryHeight = screens.empty() ? 0 : screens.front().frame.height;
+    const auto window = windowIdentifier(excludingWindowNumber);
+    const double reach = (sampleSide - 1) * 0.5;
+    const Platform::Rect square{std::round(sampledCenter.x - reach), std::round(primaryHeight - sampledCenter.y - reach), sampleSide, sampleSide};
+    m_screenCapture.windowsBelow(window, Platform::CaptureResolution::best, std::span(&square, 1), std::span(&m_sample, 1));
+    setNeedsDisplay();
+}
+
+void LoupeView::setNeedsDisplay()
+{
+    if (std::exchange(m_displayPosted, true))
+        return;
+    m_mainLoop.post([weakView = weak_from_this()] {
+        if (const auto view = weakView.lock())
+            view->display();
+    });
+}
+
+std::optional<Platform::Picture> LoupeView::draw()
+{
+    const auto bounds = m_window != nullptr ? m_window->frame().size() : Platform::Size();
+    if (!(bounds.width > 0 && bounds.height > 0))
+        return std::nullopt;
+    m_picture.lay(bounds.width, scale());
+    const auto& image = m_picture.compose(sampledImage());
+    // As large as the image, from the top: so no device pixel is stretched, wherever the
+    // window's edges fall between two of them.
+    const Platform::Size size = m_picture.size();
+    return Platform::Picture{.rectangle = {0, bounds.height - size.height, size.width, size.height}, .image = &image};
+}
+
+const Platform::Image* LoupeView::sampledImage() const
+{
+    return m_sample.truth == Platform::CaptureTruth::none || m_sample.image.isEmpty() ? nullptr : &m_sample.image;
+}
+
+void LoupeView::display()
+{
+    m_displayPosted = false;
+    if (m_window == nullptr)
+        return;
+    const auto picture = draw();
+    m_window->present(picture ? std::span(&*picture, 1) : std::span<const Platform::Picture>());
+}
+
+double LoupeView::scale() const
+{
+    const auto frame = m_window->frame();
+    const auto* screen = screenAt(m_screens.screens(), {frame.x + frame.width / 2, frame.y + frame.height / 2});
+    return screen != nullptr ? screen->scale : 1;
+}
+
+}  // namespace Tarnwick
