@@ -35,23 +35,40 @@ int pixelsToCover(double length) { return static_cast<int>(std::max(1.0, std::ce
 
 std::size_t nearestEdge(double position) { return static_cast<std::size_t>(std::max(0.0, std::floor(position + 0.5 + arithmeticError))); }
 
-// Which of `count` sample pixels, stretched from `start` over `length`, each device pixel's
-// centre lies in.
-void layIndices(std::vector<std::size_t>& indices, std::size_t size, double start, double length, int count)
+// Which pixel of the sample each device pixel of a side shows: the one that its centre
+// falls into where `count` of them are stretched over `portion` of `length`, from `offset`
+// on (both in fractions); `count` where there is none.
+struct Side {
+    double start = 0;
+    double length = 0;
+    double offset = 0;
+    double portion = 1;
+    std::size_t count = 0;
+
+    std::size_t indexAt(std::size_t pixel) const
+    {
+        // The rim's outermost pixels have their centres beyond the circle.
+        const double centre = std::clamp(static_cast<double>(pixel) + 0.5 - start, 0.0, length);
+        const double index = std::floor((centre - offset * length) * static_cast<double>(count) / (portion * length));
+        if (index == static_cast<double>(count) && centre == length)
+            return count - 1;
+        return index >= 0 && index < static_cast<double>(count) ? static_cast<std::size_t>(index) : count;
+    }
+};
+
+void layIndices(std::vector<std::size_t>& indices, std::size_t size, const Side& side)
 {
     indices.resize(size);
-    for (std::size_t i = 0; i < size; ++i) {
-        const double index = std::floor((static_cast<double>(i) + 0.5 - start) * count / length);
-        indices[i] = static_cast<std::size_t>(std::clamp(index, 0.0, static_cast<double>(count - 1)));
-    }
+    for (std::size_t pixel = 0; pixel < size; ++pixel)
+        indices[pixel] = side.indexAt(pixel);
 }
 
 }  // namespace
 
-void LoupePicture::lay(double diameter, double scale)
+bool LoupePicture::lay(double diameter, double scale)
 {
     if (diameter == m_diameter && scale == m_screenScale)
-        return;
+        return false;
     m_diameter = diameter;
     m_screenScale = scale;
     m_scale = std::min(scale, mostRows / (diameter + loupeFooterHeight));
@@ -62,6 +79,7 @@ void LoupePicture::lay(double diameter, double scale)
     paintOrnaments();
     cutCircle();
     layCentreLines();
+    return true;
 }
 
 Platform::Size LoupePicture::size() const { return {m_image.width() / m_scale, m_image.height() / m_scale}; }
@@ -140,21 +158,25 @@ void LoupePicture::layCentreLines()
     m_lineTo = std::clamp(nearestEdge(middle + reach), m_lineFrom + 1, width);
 }
 
-void LoupePicture::laySample(int width, int height)
+void LoupePicture::laySample(const Platform::Image& sample, const Platform::Rect& part)
 {
-    if (width == m_sampleWidth && height == m_sampleHeight)
+    const auto width = static_cast<std::size_t>(sample.width());
+    const auto height = static_cast<std::size_t>(sample.height());
+    if (width == m_sampleWidth && height == m_sampleHeight && part == m_samplePart)
         return;
     m_sampleWidth = width;
     m_sampleHeight = height;
-    const auto side = static_cast<std::size_t>(m_image.width());
+    m_samplePart = part;
+    const auto size = static_cast<std::size_t>(m_image.width());
     const double start = circleInset * m_scale;
     const double length = (m_diameter - 2 * circleInset) * m_scale;
-    layIndices(m_sampleColumns, side, start, length, width);
-    layIndices(m_sampleRows, side, start, length, height);
-    m_blended.resize(static_cast<std::size_t>(width));
+    layIndices(m_sampleColumns, size, {start, length, part.x, part.width, width});
+    layIndices(m_sampleRows, size, {start, length, part.y, part.height, height});
+    m_blended.resize(width + 1);
+    m_blended[width] = backdropColour;
 }
 
-const Platform::Image& LoupePicture::compose(const Platform::Image* sample)
+const Platform::Image& LoupePicture::compose(const Platform::Image* sample, const Platform::Rect& part)
 {
     if (m_rows.empty())
         return m_image;
@@ -162,7 +184,7 @@ const Platform::Image& LoupePicture::compose(const Platform::Image* sample)
     m_row.resize(width);
     m_crossing.resize(width);
     if (sample != nullptr)
-        laySample(sample->width(), sample->height());
+        laySample(*sample, part);
 
     const RimPixel* rim = m_rim.data();
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
@@ -180,12 +202,11 @@ const Platform::Image& LoupePicture::compose(const Platform::Image* sample)
 
 void LoupePicture::magnifyRow(const Platform::Image* sample, std::size_t y)
 {
-    if (sample == nullptr) {
+    if (sample == nullptr || m_sampleRows[y] == m_sampleHeight) {
         std::fill(m_row.begin(), m_row.end(), backdropColour);
     } else {
-        const auto width = m_blended.size();
-        const auto* from = sample->pixels().data() + m_sampleRows[y] * width;
-        for (std::size_t x = 0; x < width; ++x)
+        const auto* from = sample->pixels().data() + m_sampleRows[y] * m_sampleWidth;
+        for (std::size_t x = 0; x < m_sampleWidth; ++x)
             m_blended[x] = over(from[x], backdropColour);
         for (std::size_t x = 0; x < m_row.size(); ++x)
             m_row[x] = m_blended[m_sampleColumns[x]];

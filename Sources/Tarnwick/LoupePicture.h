@@ -21,15 +21,20 @@ public:
 
     // For a circle of that diameter (points, above 0) on a screen of that scale. Where the
     // picture would have more than 2048 rows it is made coarser, so that no stored diameter
-    // takes the memory away; size() tells what it is to cover all the same.
-    void lay(double diameter, double scale);
+    // takes the memory away; size() tells what it is to cover all the same. False where
+    // nothing changed.
+    bool lay(double diameter, double scale);
 
     // Points that the image covers: the view's size, rounded up to whole device pixels.
     Platform::Size size() const;
 
-    // Null: no sample, the circle shows its backdrop. The image stays as it is until the
-    // next call.
-    const Platform::Image& compose(const Platform::Image* sample);
+    // `part` is what the sample holds of the square that fills the circle, in fractions of
+    // its side, y downward; around it, and without a sample (null), the backdrop shows. The
+    // image stays as it is until the next call.
+    const Platform::Image& compose(const Platform::Image* sample, const Platform::Rect& part = wholeSquare);
+    const Platform::Image& image() const { return m_image; }
+
+    static constexpr Platform::Rect wholeSquare{0, 0, 1, 1};
 
 private:
     // What is drawn of one row: from `from` to `to`, where from `innerFrom` to `innerTo` the
@@ -50,7 +55,7 @@ private:
     void cutCircle();
     Row cutRow(std::size_t y, const Platform::Image& clip);
     void layCentreLines();
-    void laySample(int width, int height);
+    void laySample(const Platform::Image& sample, const Platform::Rect& part);
     void magnifyRow(const Platform::Image* sample, std::size_t y);
     void crossRow();
     const RimPixel* putRow(const Row&, const std::vector<std::uint32_t>& pixels, std::size_t y, const RimPixel*);
@@ -67,10 +72,12 @@ private:
     std::size_t m_lineFrom = 0;   // the centre lines' columns, which are their rows too
     std::size_t m_lineTo = 0;
 
-    int m_sampleWidth = 0;
-    int m_sampleHeight = 0;
-    std::vector<std::size_t> m_sampleColumns;  // of each column of the picture
+    // Of the picture's columns and rows; the one past the sample's last is the backdrop.
+    std::vector<std::size_t> m_sampleColumns;
     std::vector<std::size_t> m_sampleRows;
+    std::size_t m_sampleWidth = 0;
+    std::size_t m_sampleHeight = 0;
+    Platform::Rect m_samplePart;
     std::vector<std::uint32_t> m_blended;   // a row of the sample over the backdrop
     std::vector<std::uint32_t> m_row;       // the same, stretched, with the vertical line
     std::vector<std::uint32_t> m_crossing;  // the same within the horizontal line

@@ -4,10 +4,17 @@
 #include <span>
 #include <utility>
 
-#include "Tarnwick/ScreenAt.h"
+#include "Tarnwick/ScreenGeometry.h"
 #include "Tarnwick/WindowIdentifier.h"
 
 namespace Tarnwick {
+namespace {
+
+// Of larger squares, which only a stored zoom far below 1 asks for, no more is captured
+// than lies on screens: the picture is the same and no zoom takes the memory away.
+constexpr double largestSideCapturedWhole = 1024;
+
+}  // namespace
 
 LoupeView::LoupeView(
     Platform::MainLoop& mainLoop, Platform::Screens& screens, Platform::ScreenCapture& screenCapture, Platform::ShapePainter& painter)
@@ -21,9 +28,24 @@ void LoupeView::refresh(Platform::Point sampledCenter, double sampleSide, std::i
     const double primaryHeight = screens.empty() ? 0 : screens.front().frame.height;
     const auto window = windowIdentifier(excludingWindowNumber);
     const double reach = (sampleSide - 1) * 0.5;
-    const Platform::Rect square{std::round(sampledCenter.x - reach), std::round(primaryHeight - sampledCenter.y - reach), sampleSide, sampleSide};
-    m_screenCapture.windowsBelow(window, Platform::CaptureResolution::best, std::span(&square, 1), std::span(&m_sample, 1));
+    capture(window, {std::round(sampledCenter.x - reach), std::round(primaryHeight - sampledCenter.y - reach), sampleSide, sampleSide});
     setNeedsDisplay();
+}
+
+void LoupeView::capture(std::uint32_t window, const Platform::Rect& square)
+{
+    std::swap(m_sample, m_formerSample);
+    auto captured = square;
+    if (square.width > largestSideCapturedWhole)
+        captured = intersection(square, desktopBounds(m_screens.screens()));
+    const Platform::Rect part{(captured.x - square.x) / square.width, (captured.y - square.y) / square.height, captured.width / square.width,
+        captured.height / square.height};
+    m_screenCapture.windowsBelow(window, Platform::CaptureResolution::best, std::span(&captured, 1), std::span(&m_sample, 1));
+    const bool hadImage = m_formerSample.truth != Platform::CaptureTruth::none;
+    const bool hasImage = m_sample.truth != Platform::CaptureTruth::none;
+    const bool isTheSame = part == m_samplePart && hadImage == hasImage && m_sample.image == m_formerSample.image;
+    m_isComposed = m_isComposed && isTheSame;
+    m_samplePart = part;
 }
 
 void LoupeView::setNeedsDisplay()
@@ -41,12 +63,13 @@ std::optional<Platform::Picture> LoupeView::draw()
     const auto bounds = m_window != nullptr ? m_window->frame().size() : Platform::Size();
     if (!(bounds.width > 0 && bounds.height > 0))
         return std::nullopt;
-    m_picture.lay(bounds.width, scale());
-    const auto& image = m_picture.compose(sampledImage());
+    if (m_picture.lay(bounds.width, scale()) || !m_isComposed)
+        m_picture.compose(sampledImage(), m_samplePart);
+    m_isComposed = true;
     // As large as the image, from the top: so no device pixel is stretched, wherever the
     // window's edges fall between two of them.
-    const Platform::Size size = m_picture.size();
-    return Platform::Picture{.rectangle = {0, bounds.height - size.height, size.width, size.height}, .image = &image};
+    const auto size = m_picture.size();
+    return Platform::Picture{.rectangle = {0, bounds.height - size.height, size.width, size.height}, .image = &m_picture.image()};
 }
 
 const Platform::Image* LoupeView::sampledImage() const

@@ -40,6 +40,7 @@ public:
     const Platform::Image* sampledImage() const;
 
 private:
+    void capture(std::uint32_t window, const Platform::Rect& square);
     void display();
     double scale() const;
 
@@ -48,8 +49,11 @@ private:
     Platform::ScreenCapture& m_screenCapture;
     Platform::OverlayWindow* m_window = nullptr;
 
-    Platform::Captured m_sample;
     LoupePicture m_picture;
+    Platform::Captured m_sample;
+    Platform::Rect m_samplePart = LoupePicture::wholeSquare;
+    Platform::Captured m_formerSample;
+    bool m_isComposed = false;  // the picture shows the sample
     bool m_displayPosted = false;
 };
 

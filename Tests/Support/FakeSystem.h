@@ -11,6 +11,7 @@
 #include "Support/FakeScreenCapture.h"
 #include "Support/FakeScreens.h"
 #include "Support/FakeSerialQueues.h"
+#include "Support/FakeShapePainter.h"
 #include "Support/FakeUserDefaults.h"
 
 namespace TestSupport {
@@ -29,6 +30,7 @@ struct FakeSystem {
     FakeReservedShortcuts reservedShortcuts{log};
     FakeUserDefaults userDefaults{log};
     Platform::NotificationCenter notifications;
+    FakeShapePainter shapePainter{log};
 
     Platform::System system{mainLoop, serialQueues, screens, pointer, cursor, screenCapture, overlayWindows, hotKeys, keyboardLayout,
         reservedShortcuts, userDefaults, notifications};

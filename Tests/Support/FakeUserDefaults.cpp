@@ -21,7 +21,8 @@ std::string rendering(const Platform::DefaultsValue& value)
 
 std::optional<Platform::DefaultsValue> FakeUserDefaults::object(std::string_view key)
 {
-    m_log.add("userDefaults.object " + std::string(key));
+    if (m_log.isRecording())
+        m_log.add("userDefaults.object " + std::string(key));
     const auto value = m_values.find(std::string(key));
     return value != m_values.end() ? std::optional(value->second) : std::nullopt;
 }
