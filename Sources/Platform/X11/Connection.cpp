@@ -95,10 +95,12 @@ xcb_visualid_t Connection::argbVisual() const
     return visual != nullptr ? visual->visual_id : 0;
 }
 
+xcb_atom_t Connection::compositorSelection() { return atom("_NET_WM_CM_S" + std::to_string(m_screenNumber)); }
+
 bool Connection::hasCompositor()
 {
-    const auto selection = atom("_NET_WM_CM_S" + std::to_string(m_screenNumber));
-    const auto owner = adopt(xcb_get_selection_owner_reply(m_connection, xcb_get_selection_owner(m_connection, selection), nullptr));
+    const auto cookie = xcb_get_selection_owner(m_connection, compositorSelection());
+    const auto owner = adopt(xcb_get_selection_owner_reply(m_connection, cookie, nullptr));
     return owner && owner->owner != XCB_WINDOW_NONE;
 }
 

@@ -54,7 +54,9 @@ public:
     // The visual with 8 bits of alpha, 0 when there is none.
     xcb_visualid_t argbVisual() const;
 
-    // True while a compositing manager owns this screen's _NET_WM_CM_Sn (one round trip).
+    // _NET_WM_CM_Sn of this screen: the selection that a compositing manager owns.
+    xcb_atom_t compositorSelection();
+    // True while one does (one round trip).
     bool hasCompositor();
 
     void flush() const { xcb_flush(m_connection); }

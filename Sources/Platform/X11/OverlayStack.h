@@ -24,6 +24,12 @@ struct OverlayEntry {
     std::vector<OverlayPicture> pictures;    // windows with pixels, from the lowest up
     xcb_window_t catcher = XCB_WINDOW_NONE;  // the InputOnly window, if any
 
+    // The overlay is one thing that covers more than is captured for it, and that may have
+    // a compositor's shadow; then `upcoming` is where it lies or, between being placed and
+    // being painted, will lie.
+    bool isOutlined = false;
+    DeviceRect upcoming;
+
     friend bool operator==(const OverlayEntry&, const OverlayEntry&) = default;
 };
 
@@ -47,6 +53,17 @@ public:
                 if (picture.window == window)
                     picture.frame = frame;
             }
+        }
+        ++m_generation;
+    }
+
+    // Tells where an outlined overlay will lie, without an allocation.
+    void place(std::uint32_t windowNumber, const DeviceRect& upcoming)
+    {
+        const std::lock_guard lock(m_mutex);
+        for (auto& entry : m_entries) {
+            if (entry.windowNumber == windowNumber)
+                entry.upcoming = upcoming;
         }
         ++m_generation;
     }

@@ -18,7 +18,7 @@ std::size_t ImageReader::add(xcb_drawable_t drawable, const DeviceRect& area)
 std::span<const std::uint32_t> ImageReader::pixels(std::size_t number) const
 {
     const auto& request = m_requests[number];
-    const auto* all = m_usesSharedMemory ? m_shared : m_copied.data();
+    const auto* all = m_usesSharedMemory ? m_shared->pixels().data() : m_copied.data();
     return {all + request.offset, request.size()};
 }
 
@@ -40,46 +40,12 @@ bool ImageReader::read()
 
 void ImageReader::reserve(std::size_t pixels)
 {
-    if (pixels <= m_capacity)
+    if (m_shared && pixels <= m_shared->pixels().size())
         return;
-    release();
-    constexpr std::size_t page = 4096;
-    attach((pixels * sizeof(std::uint32_t) + page - 1) / page * page);
-}
-
-// A server that cannot see our memory (another machine, another container) says so.
-void ImageReader::attach(std::size_t bytes)
-{
-    m_usesSharedMemory = false;
-    const int id = shmget(IPC_PRIVATE, bytes, IPC_CREAT | 0600);
-    if (id < 0)
-        return;
-    void* memory = shmat(id, nullptr, 0);
-    if (reinterpret_cast<std::intptr_t>(memory) != -1) {
-        auto& c = m_server.connection();
-        m_segment = c.newId();
-        const auto error = adopt(xcb_request_check(c, xcb_shm_attach_checked(c, m_segment, static_cast<std::uint32_t>(id), 0)));
-        m_server.countRoundTrip();
-        m_usesSharedMemory = !error && !c.isBroken();
-        if (m_usesSharedMemory) {
-            m_shared = static_cast<std::uint32_t*>(memory);
-            m_capacity = bytes / sizeof(std::uint32_t);
-        } else {
-            shmdt(memory);
-        }
-    }
-    // It lives on until both sides have detached, also when this process dies.
-    shmctl(id, IPC_RMID, nullptr);
-}
-
-void ImageReader::release()
-{
-    if (m_shared == nullptr)
-        return;
-    xcb_shm_detach(m_server.connection(), m_segment);
-    shmdt(m_shared);
-    m_shared = nullptr;
-    m_capacity = 0;
+    m_shared.reset();
+    m_shared = SharedMemory::make(m_server.connection(), pixels);
+    m_server.countRoundTrip();
+    m_usesSharedMemory = m_shared != nullptr;
 }
 
 bool ImageReader::readShared()
@@ -88,9 +54,9 @@ bool ImageReader::readShared()
     for (auto& request : m_requests) {
         const auto area = toWire(request.area);
         const auto offset = static_cast<std::uint32_t>(request.offset * sizeof(std::uint32_t));
-        request.sequence =
-            xcb_shm_get_image(c, request.drawable, area.x, area.y, area.width, area.height, ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, m_segment, offset)
-                .sequence;
+        request.sequence = xcb_shm_get_image(
+            c, request.drawable, area.x, area.y, area.width, area.height, ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, m_shared->segment(), offset)
+                               .sequence;
     }
     bool isRead = true;
     for (const auto& request : m_requests)

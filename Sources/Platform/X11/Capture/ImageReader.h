@@ -2,22 +2,19 @@
 // through shared memory, or by GetImage where the server refuses that.
 #pragma once
 
-#include <xcb/shm.h>
-
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
 #include "Platform/X11/Capture/CaptureServer.h"
+#include "Platform/X11/SharedMemory.h"
 
 namespace Platform::X11 {
 
 class ImageReader {
 public:
     explicit ImageReader(CaptureServer& server) : m_server(server), m_usesSharedMemory(server.hasSharedMemory()) { }
-    ~ImageReader() { release(); }
-    ImageReader(const ImageReader&) = delete;
-    ImageReader& operator=(const ImageReader&) = delete;
 
     void begin() { m_requests.clear(); }
     // `area` lies in the drawable, in its coordinates. Returns the number of the picture.
@@ -38,16 +35,12 @@ private:
     };
 
     void reserve(std::size_t pixels);
-    void attach(std::size_t bytes);
-    void release();
     bool readShared();
     bool readCopied();
 
     CaptureServer& m_server;
     bool m_usesSharedMemory;
-    xcb_shm_seg_t m_segment = XCB_NONE;
-    std::uint32_t* m_shared = nullptr;
-    std::size_t m_capacity = 0;  // of the segment, in pixels
+    std::unique_ptr<SharedMemory> m_shared;
     std::vector<std::uint32_t> m_copied;
     std::vector<Request> m_requests;
     std::size_t m_size = 0;

@@ -4,7 +4,6 @@
 #include <xcb/xfixes.h>
 
 #include <algorithm>
-#include <string>
 
 namespace Platform::X11 {
 namespace {
@@ -20,21 +19,11 @@ void setEventMask(xcb_connection_t* c, xcb_window_t window, std::uint32_t events
     xcb_change_window_attributes(c, window, XCB_CW_EVENT_MASK, &events);
 }
 
-// "_NET_WM_CM_Sn" of the connection's screen.
-xcb_atom_t compositorSelection(Connection& connection)
-{
-    int number = 0;
-    auto screen = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; screen.rem > 1 && screen.data->root != connection.root(); xcb_screen_next(&screen))
-        ++number;
-    return connection.atom("_NET_WM_CM_S" + std::to_string(number));
-}
-
 }  // namespace
 
 StackReader::StackReader(CaptureServer& server)
     : m_server(server), m_c(server.connection()), m_opacityAtom(server.connection().atom("_NET_WM_WINDOW_OPACITY")),
-      m_compositorSelection(compositorSelection(server.connection())), m_model(identifiers())
+      m_compositorSelection(server.connection().compositorSelection()), m_model(identifiers())
 {
     select(stackEvents);
     xcb_composite_redirect_subwindows(m_c, server.connection().root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);

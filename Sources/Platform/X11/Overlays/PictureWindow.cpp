@@ -1,6 +1,7 @@
 #include "Platform/X11/Overlays/PictureWindow.h"
 
 #include <unistd.h>
+#include <xcb/shape.h>
 
 #include <algorithm>
 #include <cstring>
@@ -41,9 +42,10 @@ xcb_gcontext_t createGraphics(Connection& connection, xcb_window_t window)
 }  // namespace
 
 PictureWindow::PictureWindow(Connection& connection, const PictureFormat& format)
-    : m_connection(connection), m_format(format), m_window(createWindow(connection, format)), m_graphics(createGraphics(connection, m_window))
+    : m_connection(connection), m_format(format), m_window(createWindow(connection, format)), m_graphics(createGraphics(connection, m_window)),
+      m_buffer(connection)
 {
-    setProperties(format.hasShadow);
+    setProperties();
 }
 
 PictureWindow::~PictureWindow()
@@ -53,7 +55,7 @@ PictureWindow::~PictureWindow()
 }
 
 // Type, opacity and the shadow hint keep compositors from shading or fading the lines.
-void PictureWindow::setProperties(bool hasShadow)
+void PictureWindow::setProperties()
 {
     const auto set = [this](std::string_view name, xcb_atom_t type, std::uint32_t value) {
         xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, m_connection.atom(name), type, 32, 1, &value);
@@ -61,7 +63,7 @@ void PictureWindow::setProperties(bool hasShadow)
     set("_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, m_connection.atom("_NET_WM_WINDOW_TYPE_NOTIFICATION"));
     set("_NET_WM_WINDOW_OPACITY", XCB_ATOM_CARDINAL, 0xffffffff);
     set("_NET_WM_PID", XCB_ATOM_CARDINAL, static_cast<std::uint32_t>(getpid()));
-    if (!hasShadow)
+    if (!m_format.isOutlined)
         set("_COMPTON_SHADOW", XCB_ATOM_CARDINAL, 0);
     constexpr char windowClass[] = "tarnwick\0Tarnwick";
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, sizeof windowClass, windowClass);
@@ -114,45 +116,54 @@ void PictureWindow::place(const DeviceRect& frame)
     m_frame = frame;
 }
 
-// Stretches without smoothing: device pixel i of n shows image pixel floor(i * side / n).
 void PictureWindow::paint(const Picture& picture, const DeviceRect& whole)
 {
-    const auto width = static_cast<std::size_t>(m_frame.width);
-    m_row.resize(width);
-    if (picture.image == nullptr || picture.image->isEmpty()) {
-        const auto colour = m_format.isBlended ? picture.colour : picture.colour | opaque;
-        xcb_change_gc(m_connection, m_graphics, XCB_GC_FOREGROUND, &colour);
-        const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(m_frame.width), static_cast<std::uint16_t>(m_frame.height)};
-        xcb_poly_fill_rectangle(m_connection, m_window, m_graphics, 1, &all);
-        return;
-    }
-    const auto& image = *picture.image;
-    const auto sourceColumn = [&](int x) { return (m_frame.x - whole.x + x) * image.width() / whole.width; };
-    const auto sourceRow = [&](int y) { return (m_frame.y - whole.y + y) * image.height() / whole.height; };
-    // As many rows as fit one request are put together.
-    const int mostRows = std::max(1, static_cast<int>(xcb_get_maximum_request_length(m_connection) * 4 - 64) / (m_frame.width * 4));
-    m_row.resize(width * static_cast<std::size_t>(std::min(mostRows, m_frame.height)));
-    for (int firstRow = 0; firstRow < m_frame.height; firstRow += mostRows) {
-        const int rows = std::min(mostRows, m_frame.height - firstRow);
-        for (int y = 0; y < rows; ++y) {
-            auto* to = m_row.data() + static_cast<std::size_t>(y) * width;
-            const auto from = image.pixels().subspan(static_cast<std::size_t>(sourceRow(firstRow + y)) * static_cast<std::size_t>(image.width()));
-            if (image.width() == whole.width) {
-                std::memcpy(to, from.data() + (m_frame.x - whole.x), width * sizeof *to);
-                continue;
-            }
-            for (int x = 0; x < m_frame.width; ++x)
-                to[x] = from[static_cast<std::size_t>(sourceColumn(x))];
-        }
-        putRows(firstRow, rows, m_frame.width);
-    }
+    if (picture.image == nullptr || picture.image->isEmpty())
+        paintColour(picture.colour);
+    else
+        paintImage(*picture.image, whole);
 }
 
-void PictureWindow::putRows(int firstRow, int rows, int width)
+void PictureWindow::paintColour(std::uint32_t colour)
 {
-    xcb_put_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_window, m_graphics, static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(rows),
-        0, static_cast<std::int16_t>(firstRow), 0, m_format.depth, static_cast<std::uint32_t>(rows * width * 4),
-        reinterpret_cast<const std::uint8_t*>(m_row.data()));
+    const std::uint32_t foreground = m_format.isBlended ? colour : colour | opaque;
+    xcb_change_gc(m_connection, m_graphics, XCB_GC_FOREGROUND, &foreground);
+    const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(m_frame.width), static_cast<std::uint16_t>(m_frame.height)};
+    xcb_poly_fill_rectangle(m_connection, m_window, m_graphics, 1, &all);
+}
+
+// Stretches without smoothing: device pixel i of n shows image pixel floor(i * side / n).
+void PictureWindow::paintImage(const Image& image, const DeviceRect& whole)
+{
+    const auto width = static_cast<std::size_t>(m_frame.width);
+    const auto pixels = m_buffer.take(width * static_cast<std::size_t>(m_frame.height));
+    const auto sourceColumn = [&](int x) { return (m_frame.x - whole.x + x) * image.width() / whole.width; };
+    const auto sourceRow = [&](int y) { return (m_frame.y - whole.y + y) * image.height() / whole.height; };
+    for (int y = 0; y < m_frame.height; ++y) {
+        auto* to = pixels.data() + static_cast<std::size_t>(y) * width;
+        const auto from = image.pixels().subspan(static_cast<std::size_t>(sourceRow(y)) * static_cast<std::size_t>(image.width()));
+        if (image.width() == whole.width) {
+            std::memcpy(to, from.data() + (m_frame.x - whole.x), width * sizeof *to);
+            continue;
+        }
+        for (int x = 0; x < m_frame.width; ++x)
+            to[x] = from[static_cast<std::size_t>(sourceColumn(x))];
+    }
+    if (m_format.isOutlined)
+        follow(pixels);
+    m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width);
+}
+
+void PictureWindow::follow(std::span<std::uint32_t> pixels)
+{
+    if (m_outline.take(pixels, m_frame.width) && m_connection.has(xcb_shape_id)) {
+        const auto rectangles = m_outline.rectangles();
+        const auto kind = static_cast<xcb_shape_kind_t>(m_format.isBlended ? XCB_SHAPE_SK_INPUT : XCB_SHAPE_SK_BOUNDING);
+        xcb_shape_rectangles(m_connection, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_YX_BANDED, m_window, 0, 0,
+            static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
+    }
+    if (!m_format.isBlended)
+        makeOpaque(pixels);
 }
 
 }  // namespace Platform::X11

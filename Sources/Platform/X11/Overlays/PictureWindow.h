@@ -1,11 +1,11 @@
 // One override-redirect window that shows one picture of an overlay.
 #pragma once
 
-#include <vector>
-
 #include "Platform/OverlayWindow.h"
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/MonitorLayout.h"
+#include "Platform/X11/Overlays/PictureBuffer.h"
+#include "Platform/X11/Overlays/PictureOutline.h"
 
 namespace Platform::X11 {
 
@@ -17,7 +17,10 @@ struct PictureFormat {
     std::uint8_t depth = 24;
     xcb_visualid_t visual = 0;
     xcb_colormap_t colormap = XCB_COLORMAP_NONE;
-    bool hasShadow = false;
+    // A thing with an outline of its own, which takes the clicks inside it and lets those
+    // outside through: under a compositor the pixels' alpha draws the outline and the
+    // shadow follows it, without one the window has that shape and is opaque.
+    bool isOutlined = false;
 };
 
 class PictureWindow {
@@ -37,10 +40,12 @@ public:
     void setShown(bool isShown);
 
 private:
-    void setProperties(bool hasShadow);
+    void setProperties();
     void place(const DeviceRect& frame);
     void paint(const Picture&, const DeviceRect& whole);
-    void putRows(int firstRow, int rows, int width);
+    void paintColour(std::uint32_t colour);
+    void paintImage(const Image&, const DeviceRect& whole);
+    void follow(std::span<std::uint32_t> pixels);
 
     Connection& m_connection;
     const PictureFormat m_format;
@@ -48,7 +53,8 @@ private:
     const xcb_gcontext_t m_graphics;
     DeviceRect m_frame;
     bool m_isMapped = false;
-    std::vector<std::uint32_t> m_row;
+    PictureBuffer m_buffer;
+    PictureOutline m_outline;
 };
 
 }  // namespace Platform::X11

@@ -1,5 +1,7 @@
 #include "Platform/X11/Overlays/StackGuard.h"
 
+#include <xcb/xfixes.h>
+
 #include <span>
 
 namespace Platform::X11 {
@@ -58,8 +60,12 @@ bool coversAMonitor(const DeviceRect& frame, const MonitorLayout& layout)
 StackGuard::StackGuard(Connection& requests, Connection& events, FileDescriptorWatcher& watcher, MainLoop& mainLoop,
     const SharedMonitorLayout& layout, Handlers handlers)
     : m_requests(requests), m_events(events), m_mainLoop(mainLoop), m_layout(layout), m_handlers(std::move(handlers)),
-      m_self(std::make_shared<StackGuard*>(this)), m_pump(events, watcher, mainLoop, [this](const xcb_generic_event_t& event) { handle(event); })
+      m_compositorSelection(events.compositorSelection()), m_hasFixes(events.has(xcb_xfixes_id)), m_self(std::make_shared<StackGuard*>(this)),
+      m_pump(events, watcher, mainLoop, [this](const xcb_generic_event_t& event) { handle(event); })
 {
+    if (m_hasFixes)
+        xcb_discard_reply(events, xcb_xfixes_query_version(events, 5, 0).sequence);
+    m_pump.collectAfterRoundTrips();
 }
 
 StackGuard::~StackGuard() { *m_self = nullptr; }
@@ -70,7 +76,7 @@ void StackGuard::watch()
         return;
     m_isWatching = true;
     m_rivalries.clear();
-    selectSubstructure(true);
+    select(true);
     lookSoon();
 }
 
@@ -79,18 +85,27 @@ void StackGuard::stopWatching()
     if (!m_isWatching)
         return;
     m_isWatching = false;
-    selectSubstructure(false);
+    select(false);
 }
 
-void StackGuard::selectSubstructure(bool isWanted)
+void StackGuard::select(bool isWanted)
 {
     const std::uint32_t mask = isWanted ? XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY : XCB_EVENT_MASK_NO_EVENT;
     xcb_change_window_attributes(m_events, m_events.root(), XCB_CW_EVENT_MASK, &mask);
+    if (m_hasFixes) {
+        constexpr std::uint32_t ownerChanges = XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+            XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE;
+        xcb_xfixes_select_selection_input(m_events, m_events.root(), m_compositorSelection, isWanted ? ownerChanges : 0U);
+    }
     m_events.flush();
 }
 
 void StackGuard::handle(const xcb_generic_event_t& event)
 {
+    if (m_hasFixes && eventType(event) == m_events.firstEvent(xcb_xfixes_id) + XCB_XFIXES_SELECTION_NOTIFY) {
+        m_handlers.compositorChanged();
+        return;
+    }
     xcb_window_t window = XCB_WINDOW_NONE;
     switch (eventType(event)) {
     case XCB_MAP_NOTIFY:

@@ -1,7 +1,8 @@
 // Keeps our overlays above everything. While it watches, each foreign window that is
 // mapped or restacked makes it look once at what lies above ours: an ordinary window is
 // answered by raising ours; an override-redirect window that covers a whole monitor is
-// a screen locker (or the like), which must stay on top, so the overlays have to go.
+// a screen locker (or the like), which must stay on top, so the overlays have to go. It also
+// tells when a compositor comes or goes.
 #pragma once
 
 #include <chrono>
@@ -21,6 +22,7 @@ public:
     struct Handlers {
         std::function<void()> raise;    // put ours on top again
         std::function<void()> dismiss;  // something that must stay above came
+        std::function<void()> compositorChanged;
         std::function<bool(xcb_window_t)> isOurs;
     };
 
@@ -35,7 +37,7 @@ private:
     void handle(const xcb_generic_event_t&);
     void lookSoon();
     void look();
-    void selectSubstructure(bool isWanted);
+    void select(bool isWanted);
     bool mayRaiseAgainst(xcb_window_t rival);
 
     struct Rivalry {
@@ -48,6 +50,8 @@ private:
     MainLoop& m_mainLoop;
     const SharedMonitorLayout& m_layout;
     const Handlers m_handlers;
+    const xcb_atom_t m_compositorSelection;
+    const bool m_hasFixes;
     bool m_isWatching = false;
     bool m_willLook = false;
     std::unordered_map<xcb_window_t, Rivalry> m_rivalries;

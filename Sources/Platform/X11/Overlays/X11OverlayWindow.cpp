@@ -1,11 +1,14 @@
 #include "Platform/X11/Overlays/X11OverlayWindow.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Platform::X11 {
 namespace {
 
-// Takes the clicks and lets none of them reach the window beneath.
+// Takes the clicks and lets none of them reach the window beneath. Off the screen until it
+// is placed; an outlined overlay, whose picture takes the clicks, leaves it there, as the
+// window that has the focus where nobody else has.
 xcb_window_t createCatcher(Connection& connection)
 {
     const auto window = connection.newId();
@@ -13,7 +16,7 @@ xcb_window_t createCatcher(Connection& connection)
         .override_redirect = 1,
         .do_not_propogate_mask = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION,
     };
-    xcb_create_window_aux(connection, XCB_COPY_FROM_PARENT, window, connection.root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+    xcb_create_window_aux(connection, XCB_COPY_FROM_PARENT, window, connection.root(), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
         XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_DONT_PROPAGATE, &values);
     return window;
 }
@@ -27,8 +30,8 @@ void raiseWindow(Connection& connection, xcb_window_t window)
 }  // namespace
 
 X11OverlayWindow::X11OverlayWindow(X11OverlayWindows& owner, const OverlayStyle& style, OverlayWindowDelegate& delegate, std::int64_t windowNumber)
-    : m_owner(owner), m_connection(owner.m_parts.requests), m_delegate(delegate), m_windowNumber(windowNumber),
-      m_catcher(createCatcher(m_connection)), m_format(makeFormat(style.hasShadow))
+    : m_owner(owner), m_connection(owner.m_parts.requests), m_delegate(delegate), m_windowNumber(windowNumber), m_isOutlined(style.hasShadow),
+      m_catcher(createCatcher(m_connection)), m_format(makeFormat())
 {
     setFrame(style.frame);
     m_owner.add(*this);
@@ -39,27 +42,36 @@ X11OverlayWindow::~X11OverlayWindow()
     m_owner.orderOut(*this);
     m_pictures.clear();
     xcb_destroy_window(m_connection, m_catcher);
-    if (m_format.colormap != m_connection.screen().default_colormap)
-        xcb_free_colormap(m_connection, m_format.colormap);
+    freeColormap(m_format);
     m_connection.flush();
     m_owner.remove(*this);
 }
 
-PictureFormat X11OverlayWindow::makeFormat(bool hasShadow)
+PictureFormat X11OverlayWindow::makeFormat()
 {
     const auto& screen = m_connection.screen();
     const auto argb = m_connection.argbVisual();
     if (argb == 0 || !m_connection.hasCompositor())
-        return {false, screen.root_depth, screen.root_visual, screen.default_colormap, hasShadow};
+        return {false, screen.root_depth, screen.root_visual, screen.default_colormap, m_isOutlined};
     const auto colormap = m_connection.newId();
     xcb_create_colormap(m_connection, XCB_COLORMAP_ALLOC_NONE, colormap, m_connection.root(), argb);
-    return {true, 32, argb, colormap, hasShadow};
+    return {true, 32, argb, colormap, m_isOutlined};
+}
+
+void X11OverlayWindow::freeColormap(const PictureFormat& format)
+{
+    if (format.colormap != m_connection.screen().default_colormap)
+        xcb_free_colormap(m_connection, format.colormap);
 }
 
 void X11OverlayWindow::setFrame(const Rect& frame)
 {
     m_frame = frame;
     m_deviceFrame = m_owner.m_parts.layout.get()->deviceRectOfDesktop(frame);
+    if (m_isOutlined) {
+        m_owner.m_parts.stack.place(static_cast<std::uint32_t>(m_windowNumber), m_deviceFrame);
+        return;
+    }
     if (m_deviceFrame.isEmpty()) {
         xcb_unmap_window(m_connection, m_catcher);
         return;
@@ -75,6 +87,17 @@ void X11OverlayWindow::setFrame(const Rect& frame)
 
 void X11OverlayWindow::present(std::span<const Picture> pictures)
 {
+    if (hasNewFormat())
+        showInNewFormat(pictures);
+    else
+        show(pictures);
+    m_connection.flush();
+    for (const auto& window : m_pictures)
+        m_owner.m_parts.stack.movePicture(window->id(), m_isShown ? window->frame() : DeviceRect{});
+}
+
+void X11OverlayWindow::show(std::span<const Picture> pictures)
+{
     const auto windowsBefore = m_pictures.size();
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         auto& window = pictureWindow(i);
@@ -83,14 +106,25 @@ void X11OverlayWindow::present(std::span<const Picture> pictures)
     }
     for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
         m_pictures[i]->show({}, {}, {}, false);
-    if (m_pictures.size() != windowsBefore)
-        raise();
-    m_connection.flush();
+    if (m_pictures.size() == windowsBefore)
+        return;
+    m_owner.raiseAll();
+    m_owner.publishStack();
+}
 
-    if (m_pictures.size() != windowsBefore)
-        m_owner.publishStack();
-    for (const auto& window : m_pictures)
-        m_owner.m_parts.stack.movePicture(window->id(), m_isShown ? window->frame() : DeviceRect{});
+bool X11OverlayWindow::hasNewFormat()
+{
+    return std::exchange(m_isFormatOld, false) && m_format.isBlended != (m_connection.argbVisual() != 0 && m_connection.hasCompositor());
+}
+
+// In one step with the windows of the former format, so that the overlay never vanishes.
+void X11OverlayWindow::showInNewFormat(std::span<const Picture> pictures)
+{
+    const auto formerFormat = std::exchange(m_format, makeFormat());
+    auto formerPictures = std::exchange(m_pictures, {});
+    show(pictures);
+    formerPictures.clear();
+    freeColormap(formerFormat);
 }
 
 PictureWindow& X11OverlayWindow::pictureWindow(std::size_t index)
@@ -118,13 +152,15 @@ OverlayEntry X11OverlayWindow::stackEntry() const
     entry.catcher = m_catcher;
     for (const auto& picture : m_pictures)
         entry.pictures.push_back({picture->id(), m_isShown ? picture->frame() : DeviceRect{}});
+    entry.isOutlined = m_isOutlined;
+    entry.upcoming = m_isOutlined ? m_deviceFrame : DeviceRect{};
     return entry;
 }
 
 void X11OverlayWindow::setShown(bool isShown)
 {
     m_isShown = isShown;
-    if (isShown && !m_deviceFrame.isEmpty())
+    if (isShown && (m_isOutlined || !m_deviceFrame.isEmpty()))
         xcb_map_window(m_connection, m_catcher);
     else
         xcb_unmap_window(m_connection, m_catcher);

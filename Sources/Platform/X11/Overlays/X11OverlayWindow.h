@@ -26,12 +26,21 @@ public:
     bool consistsOf(xcb_window_t) const;
     OverlayEntry stackEntry() const;
 
+    // A compositor came or went: what is presented next is shown in the format of now.
+    void renewFormat() { m_isFormatOld = true; }
+
     // Mechanism for the owner; none of them flushes.
     void setShown(bool isShown);
     void raise();
 
 private:
-    PictureFormat makeFormat(bool hasShadow);
+    using PictureWindows = std::vector<std::unique_ptr<PictureWindow>>;  // from the lowest up
+
+    PictureFormat makeFormat();
+    void freeColormap(const PictureFormat&);
+    bool hasNewFormat();
+    void show(std::span<const Picture>);
+    void showInNewFormat(std::span<const Picture>);
     PictureWindow& pictureWindow(std::size_t index);
     DeviceRect deviceRectOf(const Rect& viewRect) const;
 
@@ -39,12 +48,14 @@ private:
     Connection& m_connection;
     OverlayWindowDelegate& m_delegate;
     const std::int64_t m_windowNumber;
+    const bool m_isOutlined;
     Rect m_frame;
     DeviceRect m_deviceFrame;
     bool m_isShown = false;
     xcb_window_t m_catcher;
     PictureFormat m_format;
-    std::vector<std::unique_ptr<PictureWindow>> m_pictures;  // from the lowest up
+    bool m_isFormatOld = false;
+    PictureWindows m_pictures;
 };
 
 }  // namespace Platform::X11

@@ -11,6 +11,7 @@ X11OverlayWindows::X11OverlayWindows(const Parts& parts)
                           {
                               .raise = [this] { raiseAll(); },
                               .dismiss = [this] { dismissAll(); },
+                              .compositorChanged = [this] { renewFormats(); },
                               .isOurs = [this](xcb_window_t window) { return isOurs(window); },
                           }),
       m_focusKeeper(parts.requests, parts.focusEvents, parts.watcher, parts.mainLoop)
@@ -85,6 +86,12 @@ void X11OverlayWindows::dismissAll()
     const auto shown = m_shown;
     for (auto* window : shown)
         window->delegate().dismissRequested();
+}
+
+void X11OverlayWindows::renewFormats()
+{
+    for (auto* window : m_windows)
+        window->renewFormat();
 }
 
 bool X11OverlayWindows::isOurs(xcb_window_t id) const

@@ -1,7 +1,9 @@
-// Overlays on X11. Each is a few thin override-redirect windows, one for each picture,
-// and where the pictures do not fill the frame one InputOnly window of the frame's size
-// that takes the clicks: moving and painting two thin windows costs little at any screen
-// size and needs no compositor. The keyboard comes by passive grabs; the focus stays.
+// Overlays on X11. Each is a few override-redirect windows, one for each picture: moving
+// and painting two thin windows costs little at any screen size and needs no compositor.
+// An overlay without a shadow is flat: one InputOnly window of its frame's size takes all
+// clicks there. One with a shadow is a thing with the outline of its picture: clicks inside
+// it are taken, those on transparent corners go to what lies beneath. The keyboard comes by
+// passive grabs; the focus stays.
 #pragma once
 
 #include <memory>
@@ -49,6 +51,7 @@ private:
     void orderOut(X11OverlayWindow&);
     void raiseAll();
     void dismissAll();
+    void renewFormats();
     bool isOurs(xcb_window_t) const;
     void keyDown(const KeyEvent&);
     void publishStack();

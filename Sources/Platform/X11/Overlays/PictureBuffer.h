@@ -1,0 +1,48 @@
+// The memory from which a window's pixels are put. Large pictures share it with the server
+// where that can see it: 400 x 428 pixels then take 0.07 ms of client and server together,
+// through the connection 0.5 ms and more, and that in pieces between which the server does
+// other things.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "Platform/X11/Connection.h"
+#include "Platform/X11/SharedMemory.h"
+
+namespace Platform::X11 {
+
+class PictureBuffer {
+public:
+    explicit PictureBuffer(Connection& connection) : m_connection(connection) { }
+    ~PictureBuffer() { forgetPuts(); }
+    PictureBuffer(const PictureBuffer&) = delete;
+    PictureBuffer& operator=(const PictureBuffer&) = delete;
+
+    // Memory for so many pixels, which the server does not read. It waits for that only
+    // where the connection had no round trip since the last put() but one.
+    std::span<std::uint32_t> take(std::size_t pixels);
+
+    // Puts rows of `width` pixels, as many as were taken last, at the window's corner,
+    // without flushing.
+    void put(xcb_window_t, xcb_gcontext_t, std::uint8_t depth, int width);
+
+private:
+    void share(std::size_t pixels);
+    void forgetPuts();
+    void putThroughConnection(xcb_window_t, xcb_gcontext_t, std::uint8_t depth, int width) const;
+
+    Connection& m_connection;
+    bool m_isShareable = true;
+    std::unique_ptr<SharedMemory> m_shared;  // two halves: the server reads the one while the next picture goes to the other
+    std::size_t m_half = 0;
+    std::size_t m_capacity = 0;                                             // of a half, in pixels
+    std::array<std::optional<xcb_get_input_focus_cookie_t>, 2> m_whenRead;  // their answers come when the server has done
+    std::vector<std::uint32_t> m_own;
+    std::span<std::uint32_t> m_taken;
+};
+
+}  // namespace Platform::X11

@@ -1,0 +1,93 @@
+#include "Platform/X11/Overlays/PictureOutline.h"
+
+#include <algorithm>
+
+namespace Platform::X11 {
+namespace {
+
+constexpr std::uint32_t faintest = 0x20000000;
+constexpr std::uint32_t opaque = 0xff000000;
+
+std::uint32_t inItsOwnColour(std::uint32_t pixel)
+{
+    const std::uint32_t alpha = pixel >> 24;
+    const auto channel = [&](unsigned shift) {
+        const auto value = (((pixel >> shift) & 0xff) * 0xff + alpha / 2) / alpha;
+        return std::min<std::uint32_t>(value, 0xff) << shift;
+    };
+    return opaque | channel(16) | channel(8) | channel(0);
+}
+
+bool areOpaque(std::span<const std::uint32_t> pixels)
+{
+    std::uint32_t common = opaque;
+    for (const auto pixel : pixels)
+        common &= pixel;
+    return common == opaque;
+}
+
+}  // namespace
+
+bool PictureOutline::take(std::span<const std::uint32_t> pixels, int width)
+{
+    bool isNew = m_width != static_cast<std::size_t>(width) || m_isDrawn.size() != pixels.size();
+    m_width = static_cast<std::size_t>(width);
+    m_isDrawn.resize(pixels.size());
+    std::uint8_t difference = 0;
+    auto* known = m_isDrawn.data();
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const auto isDrawn = static_cast<std::uint8_t>(pixels[i] >= faintest ? 1 : 0);
+        difference = static_cast<std::uint8_t>(difference | (known[i] ^ isDrawn));
+        known[i] = isDrawn;
+    }
+    isNew = isNew || difference != 0;
+    if (isNew)
+        makeRectangles();
+    return isNew;
+}
+
+void PictureOutline::makeRectangles()
+{
+    m_rectangles.clear();
+    std::size_t bandStart = 0;
+    for (std::size_t row = 0; row * m_width < m_isDrawn.size(); ++row)
+        addRow(row, bandStart);
+}
+
+// A row like the one above makes the band above taller.
+void PictureOutline::addRow(std::size_t row, std::size_t& bandStart)
+{
+    const auto rowStart = m_rectangles.size();
+    const auto begin = m_isDrawn.begin() + static_cast<std::ptrdiff_t>(row * m_width);
+    const auto end = begin + static_cast<std::ptrdiff_t>(m_width);
+    for (auto run = std::find(begin, end, 1); run != end;) {
+        const auto runEnd = std::find(run, end, 0);
+        m_rectangles.push_back({static_cast<std::int16_t>(run - begin), static_cast<std::int16_t>(row), static_cast<std::uint16_t>(runEnd - run), 1});
+        run = std::find(runEnd, end, 1);
+    }
+    const auto band = std::span(m_rectangles).subspan(bandStart, rowStart - bandStart);
+    const auto added = std::span(m_rectangles).subspan(rowStart);
+    const auto isSame = [](const xcb_rectangle_t& a, const xcb_rectangle_t& b) { return a.x == b.x && a.width == b.width; };
+    const bool isBelow = !band.empty() && band.front().y + band.front().height == static_cast<int>(row);
+    if (!isBelow || !std::equal(band.begin(), band.end(), added.begin(), added.end(), isSame)) {
+        bandStart = rowStart;
+        return;
+    }
+    for (auto& rectangle : band)
+        ++rectangle.height;
+    m_rectangles.resize(rowStart);
+}
+
+void makeOpaque(std::span<std::uint32_t> pixels)
+{
+    constexpr std::size_t block = 16;  // nearly all are opaque already
+    for (std::size_t first = 0; first < pixels.size(); first += block) {
+        const auto part = pixels.subspan(first, std::min(block, pixels.size() - first));
+        if (areOpaque(part))
+            continue;
+        for (auto& pixel : part)
+            pixel = pixel < faintest ? 0 : inItsOwnColour(pixel);
+    }
+}
+
+}  // namespace Platform::X11
