@@ -1,8 +1,11 @@
 #include "Support/FakeHotKeyCenter.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
+
+#include "Platform/KeyCodes.h"
 
 namespace TestSupport {
 namespace {
@@ -16,6 +19,13 @@ std::string hexadecimal(std::uint32_t value)
     char text[16];
     std::snprintf(text, sizeof text, "0x%x", value);
     return text;
+}
+
+bool isSupported(const FakeHotKeyCenter::Combination& combination)
+{
+    namespace Modifier = Platform::CarbonModifier;
+    constexpr auto modifiers = Modifier::command | Modifier::shift | Modifier::option | Modifier::control;
+    return Platform::evdevCode(combination.keyCode) && (combination.carbonModifiers & ~modifiers) == 0;
 }
 
 std::string nameOf(KeyboardEventTypes types) { return types == KeyboardEventTypes::hotKey ? "hotKey" : "rawKey"; }
@@ -100,6 +110,11 @@ std::map<std::uint32_t, FakeHotKeyCenter::Combination> FakeHotKeyCenter::registe
 
 std::uint32_t FakeHotKeyCenter::lastSignature() const { return m_lastSignature; }
 
+bool FakeHotKeyCenter::isHeld(const Combination& combination) const
+{
+    return std::any_of(m_state->held.begin(), m_state->held.end(), [&](const auto& held) { return held.second.combination == combination; });
+}
+
 bool FakeHotKeyCenter::hasHandler() const { return m_state->handler != nullptr; }
 
 bool FakeHotKeyCenter::listensFor(KeyboardEventTypes types) const { return m_eventTypes.contains(types); }
@@ -112,6 +127,10 @@ Platform::HotKeyRegistration FakeHotKeyCenter::registerHotKey(std::uint32_t keyC
     const Combination combination{keyCode, carbonModifiers};
     if (const auto refusal = m_refusals.find(combination); refusal != m_refusals.end())
         return {refusal->second, nullptr};
+    if (!isSupported(combination))
+        return {HotKeyStatus::unsupported, nullptr};
+    if (isHeld(combination))
+        return {HotKeyStatus::taken, nullptr};
     if (m_withholdsReferences)
         return {HotKeyStatus::granted, nullptr};
     m_state->held[hotKeyID.id] = {hotKeyID, combination};

@@ -1,5 +1,6 @@
 // Hot keys of a test: records every request, obeys scripted refusals and, told which
-// keys are pressed, delivers what a system would deliver at that moment. References and
+// keys are pressed, delivers what a system would deliver at that moment. As a system it
+// refuses a combination that it holds already, and keys that there are not. References and
 // handler tokens may outlive it.
 //
 // Lines: "hotKeys.register id=1 keyCode=7 modifiers=0x900", "hotKeys.unregister id=1",
@@ -63,6 +64,7 @@ private:
     struct State;
     struct Reference;
 
+    bool isHeld(const Combination&) const;
     std::optional<std::int32_t> deliver(const Combination&, Platform::KeyboardEvent::Kind hotKeyKind, Platform::KeyboardEvent::Kind rawKind);
 
     std::shared_ptr<State> m_state;

@@ -10,6 +10,8 @@ namespace {
 
 int extent(double start, double length) { return static_cast<int>(std::floor(start + length + 0.5) - std::floor(start + 0.5)); }
 
+bool hasPixels(const Platform::Rect& rectangle) { return extent(rectangle.x, rectangle.width) > 0 && extent(rectangle.y, rectangle.height) > 0; }
+
 void fill(Platform::Captured& answer, const Platform::Rect& rectangle, std::uint32_t colour)
 {
     answer.image.resize(extent(rectangle.x, rectangle.width), extent(rectangle.y, rectangle.height));
@@ -48,7 +50,7 @@ void FakeScreenCapture::windowsBelow(std::uint32_t windowNumber, Platform::Captu
 void FakeScreenCapture::answer(const Platform::Rect& rectangle, Platform::Captured& answer) const
 {
     const auto scripted = std::find_if(m_answers.begin(), m_answers.end(), [&](const auto& entry) { return entry.first == rectangle; });
-    if (scripted == m_answers.end() && m_colour) {
+    if (scripted == m_answers.end() && m_colour && hasPixels(rectangle)) {
         fill(answer, rectangle, *m_colour);
     } else if (scripted != m_answers.end() && scripted->second) {
         answer.image = *scripted->second;

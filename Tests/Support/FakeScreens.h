@@ -3,7 +3,8 @@
 // Lines: "screens.mainScreen".
 #pragma once
 
-#include <list>
+#include <map>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -22,12 +23,14 @@ public:
     {
         m_screens = std::move(screens);
         m_mainIndex = mainIndex;
-        const auto observers = m_observers;
-        for (const auto& observer : observers)
-            observer();
+        const auto observers = *m_observers;
+        for (const auto& [id, changed] : observers) {
+            if (m_observers->count(id) != 0)
+                changed();
+        }
     }
 
-    int observerCount() const { return static_cast<int>(m_observers.size()); }
+    int observerCount() const { return static_cast<int>(m_observers->size()); }
 
     std::span<const Platform::Screen> screens() override { return m_screens; }
 
@@ -39,15 +42,20 @@ public:
 
     Platform::Token observe(std::function<void()> changed) override
     {
-        const auto observer = m_observers.insert(m_observers.end(), std::move(changed));
-        return Platform::Token([this, observer] { m_observers.erase(observer); });
+        const int id = ++m_lastObserver;
+        m_observers->emplace(id, std::move(changed));
+        return Platform::Token([observers = std::weak_ptr(m_observers), id] {
+            if (const auto living = observers.lock())
+                living->erase(id);
+        });
     }
 
 private:
     CallLog& m_log;
     std::vector<Platform::Screen> m_screens = {{"MAIN", {0, 0, 1920, 1080}, 1}};
     std::size_t m_mainIndex = 0;
-    std::list<std::function<void()>> m_observers;
+    std::shared_ptr<std::map<int, std::function<void()>>> m_observers = std::make_shared<std::map<int, std::function<void()>>>();
+    int m_lastObserver = 0;
 };
 
 }  // namespace TestSupport
