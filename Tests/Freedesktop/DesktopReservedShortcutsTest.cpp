@@ -351,10 +351,11 @@ TEST_F(ReservedShortcuts, DoNotWaitLongForAMuteBus)
     setVariable("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path);
     setVariable("GSETTINGS_BACKEND", "dconf");
     for (const auto* desktop : {"GNOME", "XFCE", "KDE"}) {
-        const auto answer = ask(desktop, 2);
+        const auto answer = ask(desktop);
         EXPECT_EQ(answer.shortcuts, Shortcuts());
         EXPECT_GE(answer.milliseconds, 490);
-        EXPECT_LT(answer.milliseconds, 1500);
+        // A second question may find GLib's failed connection still about, and be over at once.
+        EXPECT_LT(ask(desktop, 2).milliseconds, 1500);
     }
     close(listener);
 }

@@ -58,6 +58,14 @@ template <typename Start> ObjectPointer<GDBusConnection> connectBefore(Deadline 
     return ObjectPointer<GDBusConnection>(connecting.connection);
 }
 
+// GLib forgets the shared connection with its last owner, and its parts take theirs later,
+// on threads of their own: one that they would find gone they would make anew.
+void keepShared(GDBusConnection* connection)
+{
+    static ObjectPointer<GDBusConnection> kept;
+    kept.reset(static_cast<GDBusConnection*>(g_object_ref(connection)));
+}
+
 }  // namespace
 
 std::string SessionBus::address()
@@ -94,6 +102,7 @@ std::optional<SessionBus> SessionBus::share(Deadline deadline)
     if (!connection)
         return std::nullopt;
     g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+    keepShared(connection.get());
     return SessionBus(std::move(connection));
 }
 

@@ -27,7 +27,8 @@ public:
     static std::optional<SessionBus> connect(Deadline);
 
     // Likewise the one that GLib's own parts share in this process. Made by them, it would
-    // end the program together with the bus; made here first, it does not.
+    // end the program together with the bus; made here first, it does not, and stays as
+    // long as the process. Of the main thread only.
     static std::optional<SessionBus> share(Deadline);
 
     // Takes a floating `parameters` (null: none). Null when the service does not run (it
