@@ -1,6 +1,8 @@
 #include "EndToEnd/TarnwickProgram.h"
 
+#include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
+#include <signal.h>
 
 #include <fstream>
 #include <iterator>
@@ -31,12 +33,26 @@ long voluntaryContextSwitchesOf(const std::filesystem::path& thread)
     return 0;
 }
 
+// What a program built with sanitizers writes about itself; a killed one, too.
+bool isSanitizerReport(const std::string& text)
+{
+    return text.find("Sanitizer") != std::string::npos || text.find("runtime error:") != std::string::npos;
+}
+
+std::string troubleWithEnd(std::optional<int> status)
+{
+    if (!status)
+        return "tarnwick does not end when asked to";
+    return *status == 0 ? "" : "tarnwick ends with status " + std::to_string(*status);
+}
+
 }  // namespace
 
 TarnwickProgram::TarnwickProgram(const Desktop& desktop, const Environment& furtherEnvironment)
     : m_displayName(desktop.displayName()), m_home(desktop.home() / "tarnwick-home")
 {
     std::filesystem::create_directories(m_home);
+    std::filesystem::permissions(m_home, std::filesystem::perms::owner_all);  // as Qt wants a runtime folder
     Process::Options options;
     for (const auto* name : {"HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"})
         options.environment.emplace_back(name, m_home.string());
@@ -46,6 +62,27 @@ TarnwickProgram::TarnwickProgram(const Desktop& desktop, const Environment& furt
     options.standardOutput = m_home / "output";
     options.standardError = m_home / "errors";
     m_process = desktop.server().start({TARNWICK_PROGRAM}, options);
+}
+
+TarnwickProgram::~TarnwickProgram()
+{
+    if (!m_hasEnded)
+        EXPECT_EQ(end(), "");
+}
+
+std::string TarnwickProgram::end()
+{
+    m_hasEnded = true;
+    std::string trouble;
+    if (m_process.pid() != 0) {
+        m_process.signal(SIGTERM);
+        trouble = troubleWithEnd(m_process.waitForExit(std::chrono::seconds(30)));
+        m_process.kill();
+    }
+    const auto errors = standardError();
+    if (trouble.empty() && isSanitizerReport(errors))
+        trouble = "tarnwick reports a fault";
+    return trouble.empty() ? "" : trouble + ": " + errors;
 }
 
 void TarnwickProgram::waitUntilReady()

@@ -17,6 +17,16 @@ public:
 
     // Returns at once. `furtherEnvironment` is set on top of a private home.
     explicit TarnwickProgram(const Desktop&, const Environment& furtherEnvironment = {});
+    TarnwickProgram(const TarnwickProgram&) = delete;
+    TarnwickProgram& operator=(const TarnwickProgram&) = delete;
+
+    // Fails the test when a program whose end() was not asked for does not end well.
+    ~TarnwickProgram();
+
+    // Asks the program to end (SIGTERM) and waits; one that the test has killed already is
+    // only looked at. Empty when it ended with status 0 and wrote no sanitizer's report,
+    // else what is wrong.
+    std::string end();
 
     // Returns when the program holds its hot keys; then it answers to them. Throws when
     // that does not come true.
@@ -35,6 +45,7 @@ private:
     const std::string m_displayName;
     const std::filesystem::path m_home;
     Process m_process;
+    bool m_hasEnded = false;
 };
 
 }  // namespace TestSupport

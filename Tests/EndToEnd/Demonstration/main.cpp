@@ -46,6 +46,7 @@ public:
         say("the window received nothing", m_chart.takeEvents().empty());
         m_desktop.keyboard().tap(KEY_ESC);
         lookForDesktop("Escape pressed", "5-dismissed");
+        say("the program ends when asked to", m_program.end().empty());
         return m_isAllRight;
     }
 
