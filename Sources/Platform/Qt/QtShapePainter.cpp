@@ -29,49 +29,45 @@ QFont fontOf(const Font& font)
     return result;
 }
 
-// A painter on the image's own memory.
-class ImagePainter {
-public:
-    explicit ImagePainter(const Canvas& canvas)
-        : m_image(reinterpret_cast<uchar*>(canvas.image.pixels().data()), canvas.image.width(), canvas.image.height(),
-              static_cast<qsizetype>(canvas.image.width()) * 4, QImage::Format_ARGB32_Premultiplied)
-    {
-        m_image.setDevicePixelRatio(canvas.scale);
-        if (!m_image.isNull())
-            m_painter.begin(&m_image);
-        m_painter.setRenderHint(QPainter::Antialiasing);
-        m_painter.setPen(Qt::NoPen);
-    }
-
-    QPainter* operator->() { return &m_painter; }
-    bool isActive() const { return m_painter.isActive(); }
-
-private:
-    QImage m_image;
-    QPainter m_painter;
-};
+// On the image's own memory.
+template <typename Paint> void paintOn(const Canvas& canvas, Paint paint)
+{
+    auto& image = canvas.image;
+    if (image.isEmpty())
+        return;
+    QImage target(reinterpret_cast<uchar*>(image.pixels().data()), image.width(), image.height(), static_cast<qsizetype>(image.width()) * 4,
+        QImage::Format_ARGB32_Premultiplied);
+    target.setDevicePixelRatio(canvas.scale);
+    QPainter painter(&target);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    paint(painter);
+}
 
 }  // namespace
 
 void QtShapePainter::fillEllipse(const Canvas& canvas, const Rect& rect, std::uint32_t colour)
 {
-    ImagePainter painter(canvas);
-    painter->setBrush(colourOf(colour));
-    painter->drawEllipse(rectOf(rect));
+    paintOn(canvas, [&](QPainter& painter) {
+        painter.setBrush(colourOf(colour));
+        painter.drawEllipse(rectOf(rect));
+    });
 }
 
 void QtShapePainter::strokeEllipse(const Canvas& canvas, const Rect& rect, double lineWidth, std::uint32_t colour)
 {
-    ImagePainter painter(canvas);
-    painter->setPen(QPen(colourOf(colour), lineWidth));
-    painter->drawEllipse(rectOf(rect));
+    paintOn(canvas, [&](QPainter& painter) {
+        painter.setPen(QPen(colourOf(colour), lineWidth));
+        painter.drawEllipse(rectOf(rect));
+    });
 }
 
 void QtShapePainter::fillRoundedRectangle(const Canvas& canvas, const Rect& rect, double radius, std::uint32_t colour)
 {
-    ImagePainter painter(canvas);
-    painter->setBrush(colourOf(colour));
-    painter->drawRoundedRect(rectOf(rect), radius, radius);
+    paintOn(canvas, [&](QPainter& painter) {
+        painter.setBrush(colourOf(colour));
+        painter.drawRoundedRect(rectOf(rect), radius, radius);
+    });
 }
 
 Size QtShapePainter::textSize(std::string_view text, const Font& font)
@@ -82,11 +78,13 @@ Size QtShapePainter::textSize(std::string_view text, const Font& font)
 
 void QtShapePainter::drawText(const Canvas& canvas, Point topLeft, std::string_view text, const Font& font, std::uint32_t colour)
 {
-    ImagePainter painter(canvas);
     const auto qtFont = fontOf(font);
-    painter->setFont(qtFont);
-    painter->setPen(colourOf(colour));
-    painter->drawText(QPointF(topLeft.x, topLeft.y + QFontMetricsF(qtFont).ascent()), textOf(text));
+    const QPointF baseline(topLeft.x, topLeft.y + QFontMetricsF(qtFont).ascent());
+    paintOn(canvas, [&](QPainter& painter) {
+        painter.setFont(qtFont);
+        painter.setPen(colourOf(colour));
+        painter.drawText(baseline, textOf(text));
+    });
 }
 
 }  // namespace Platform
