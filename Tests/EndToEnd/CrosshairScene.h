@@ -1,53 +1,23 @@
-// A desktop with a wallpaper, an active window, a second one, and the program, ready for
-// its hot key; and the steps that most tests take.
+// The scene of tests in which the crosshair is shown.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "EndToEnd/TarnwickProgram.h"
-#include "Platform/Image.h"
-#include "Support/Desktop/Desktop.h"
-#include "Support/Desktop/TestWindow.h"
-#include "Support/Desktop/Wallpaper.h"
+#include "EndToEnd/Scene.h"
 
 namespace TestSupport {
 
-class CrosshairScene {
+class CrosshairScene : public Scene {
 public:
-    explicit CrosshairScene(WindowManagerKind, const TarnwickProgram::Environment& = {});
-
-    Desktop& desktop() { return m_desktop; }
-    TestWindow& activeWindow() { return m_active; }
-    TestWindow& otherWindow() { return m_other; }
-    TarnwickProgram& program() { return m_program; }
-
-    // The screen as it was when the program was ready.
-    const Platform::Image& beneath() const { return m_beneath; }
+    explicit CrosshairScene(WindowManagerKind kind, const TarnwickProgram::Environment& environment = {})
+        : Scene({.windowManager = kind, .environment = environment})
+    {
+    }
 
     void pressShortcut();
-    void pressEscape();
 
     // Success once the screen shows exactly what lies beneath with the crosshair at that
-    // device pixel, without one, or that picture; it waits for that.
+    // device pixel, or without one; it waits for that.
     testing::AssertionResult showsCrosshairAt(int x, int y);
-    testing::AssertionResult showsNoCrosshair();
-
-    // Whether a monitor would show the pointer's picture there, or none anywhere; it waits for that.
-    bool showsCursorAt(int x, int y);
-    bool showsNoCursor();
-
-    testing::AssertionResult shows(const Platform::Image&);
-
-private:
-    Desktop m_desktop;
-    Wallpaper m_wallpaper;
-    TestWindow m_other;
-    TestWindow m_active;
-    TarnwickProgram m_program;
-    Platform::Image m_beneath;
+    testing::AssertionResult showsNoCrosshair() { return showsBeneath(); }
 };
 
 }  // namespace TestSupport

@@ -17,24 +17,6 @@ class CrosshairTest : public testing::TestWithParam<WindowManagerKind> {
 protected:
     CrosshairScene scene{GetParam()};
     Desktop& desktop = scene.desktop();
-
-    // All events of the active window up to the wanted last one, which must arrive. Modifier
-    // keys are left out: alone they do nothing, so the overlay lets them pass, and those of
-    // the shortcut come before it is up.
-    Events eventsUpTo(const std::string& last)
-    {
-        Events events;
-        EXPECT_TRUE(waitUntil([&] {
-            for (auto& event : scene.activeWindow().takeEvents())
-                events.push_back(std::move(event));
-            return !events.empty() && events.back() == last;
-        })) << last;
-        std::erase_if(events, [](const std::string& event) {
-            const auto key = event.substr(event.find(' ') + 1);
-            return event.starts_with("Key") && (key == "29" || key == "56" || key == "125");
-        });
-        return events;
-    }
 };
 
 INSTANTIATE_TEST_SUITE_P(Under, CrosshairTest, everyWindowManager(), nameOfParameter);
@@ -96,7 +78,7 @@ TEST_P(CrosshairTest, LeavesTheFocusWhereItIs)
     EXPECT_EQ(desktop.focus(), focus);
     EXPECT_EQ(desktop.activeWindow(), activeWindow);
     desktop.keyboard().tap(KEY_B);
-    EXPECT_EQ(eventsUpTo("KeyRelease 48"), (Events{"KeyPress 48", "KeyRelease 48"}));
+    EXPECT_EQ(scene.eventsUpTo("KeyRelease 48"), (Events{"KeyPress 48", "KeyRelease 48"}));
     EXPECT_EQ(scene.otherWindow().takeEvents(), Events{});
 }
 
@@ -126,7 +108,7 @@ TEST_P(CrosshairTest, SwallowsKeys)
     scene.pressEscape();
     ASSERT_TRUE(scene.showsNoCrosshair());
     desktop.keyboard().tap(KEY_B);
-    EXPECT_EQ(eventsUpTo("KeyRelease 48"), (Events{"KeyPress 48", "KeyRelease 48"}));
+    EXPECT_EQ(scene.eventsUpTo("KeyRelease 48"), (Events{"KeyPress 48", "KeyRelease 48"}));
 }
 
 TEST_P(CrosshairTest, SwallowsClicks)
@@ -143,7 +125,7 @@ TEST_P(CrosshairTest, SwallowsClicks)
     scene.pressEscape();
     ASSERT_TRUE(scene.showsNoCrosshair());
     desktop.pointer().click(1);
-    EXPECT_EQ(eventsUpTo("ButtonRelease 1"), (Events{"ButtonPress 1", "ButtonRelease 1"}));
+    EXPECT_EQ(scene.eventsUpTo("ButtonRelease 1"), (Events{"ButtonPress 1", "ButtonRelease 1"}));
     EXPECT_EQ(scene.otherWindow().takeEvents(), Events{});
 }
 
@@ -185,7 +167,7 @@ TEST_P(CrosshairTest, GivesWayToAScreenLocker)
     EXPECT_TRUE(scene.showsCursorAt(300, 300));
     EXPECT_EQ(desktop.focus(), scene.activeWindow().id());
     desktop.keyboard().tap(KEY_B);
-    EXPECT_EQ(eventsUpTo("KeyRelease 48"), (Events{"KeyPress 48", "KeyRelease 48"}));
+    EXPECT_EQ(scene.eventsUpTo("KeyRelease 48"), (Events{"KeyPress 48", "KeyRelease 48"}));
 }
 
 TEST_P(CrosshairTest, LeavesNothingBehindWhenTheProgramIsKilled)
@@ -198,7 +180,7 @@ TEST_P(CrosshairTest, LeavesNothingBehindWhenTheProgramIsKilled)
     EXPECT_TRUE(waitUntil([&] { return !isHotKeyTaken(desktop.displayName(), KEY_X, XCB_MOD_MASK_4 | XCB_MOD_MASK_1); }));
     desktop.keyboard().tap(KEY_A);
     desktop.pointer().click(1);
-    EXPECT_EQ(eventsUpTo("ButtonRelease 1"), (Events{"KeyPress 30", "KeyRelease 30", "ButtonPress 1", "ButtonRelease 1"}));
+    EXPECT_EQ(scene.eventsUpTo("ButtonRelease 1"), (Events{"KeyPress 30", "KeyRelease 30", "ButtonPress 1", "ButtonRelease 1"}));
 }
 
 }  // namespace
