@@ -129,12 +129,14 @@ TEST_F(X11OverlayWindowsTest, SwallowsClicksOnItsFrameOnly)
     {
         const auto overlay = makeOverlay({0, 0, 400, 600});
         overlay->makeKeyAndOrderFront();
+        screenshot();
         desktop.pointer().moveTo(100, 100);
         desktop.pointer().click(1);
         desktop.pointer().moveTo(500, 100);
         desktop.pointer().click(3);
         EXPECT_EQ(window.takeEvents(), (std::vector<std::string>{"ButtonPress 3", "ButtonRelease 3"}));
     }
+    screenshot();
     desktop.pointer().moveTo(100, 100);
     desktop.pointer().click(1);
     EXPECT_EQ(window.takeEvents(), (std::vector<std::string>{"ButtonPress 1", "ButtonRelease 1"}));

@@ -58,6 +58,8 @@ void PictureBuffer::put(xcb_window_t window, xcb_gcontext_t graphics, std::uint8
     const auto offset = static_cast<std::uint32_t>(m_half * m_capacity * sizeof(std::uint32_t));
     xcb_shm_put_image(
         m_connection, window, graphics, columns, rows, 0, 0, columns, rows, 0, 0, depth, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_shared->segment(), offset);
+    if (m_whenRead[m_half])
+        xcb_discard_reply(m_connection, m_whenRead[m_half]->sequence);
     m_whenRead[m_half] = xcb_get_input_focus(m_connection);
 }
 

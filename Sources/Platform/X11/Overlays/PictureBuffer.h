@@ -27,7 +27,7 @@ public:
     std::span<std::uint32_t> take(std::size_t pixels);
 
     // Puts rows of `width` pixels, as many as were taken last, at the window's corner,
-    // without flushing.
+    // without flushing. May be called again with the same pixels.
     void put(xcb_window_t, xcb_gcontext_t, std::uint8_t depth, int width);
 
 private:

@@ -75,24 +75,32 @@ void PictureWindow::show(const Picture& picture, const DeviceRect& whole, const 
 {
     if (visible.isEmpty()) {
         m_frame = {};
-        setShown(false);
+        map(false);
         return;
     }
     place(visible);
-    setShown(isShown);
+    map(isShown);
     paint(picture, whole);
 }
 
 void PictureWindow::setShown(bool isShown)
 {
+    if (map(isShown))
+        paintAgain();
+}
+
+// True when the window was not mapped before and is now.
+bool PictureWindow::map(bool isShown)
+{
     const bool mustMap = isShown && !m_frame.isEmpty();
     if (mustMap == m_isMapped)
-        return;
+        return false;
     m_isMapped = mustMap;
     if (mustMap)
         xcb_map_window(m_connection, m_window);
     else
         xcb_unmap_window(m_connection, m_window);
+    return mustMap;
 }
 
 void PictureWindow::place(const DeviceRect& frame)
@@ -124,8 +132,17 @@ void PictureWindow::paint(const Picture& picture, const DeviceRect& whole)
         paintImage(*picture.image, whole);
 }
 
+void PictureWindow::paintAgain()
+{
+    if (m_colour)
+        paintColour(*m_colour);
+    else
+        m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width);
+}
+
 void PictureWindow::paintColour(std::uint32_t colour)
 {
+    m_colour = colour;
     const std::uint32_t foreground = m_format.isBlended ? colour : colour | opaque;
     xcb_change_gc(m_connection, m_graphics, XCB_GC_FOREGROUND, &foreground);
     const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(m_frame.width), static_cast<std::uint16_t>(m_frame.height)};
@@ -151,6 +168,7 @@ void PictureWindow::paintImage(const Image& image, const DeviceRect& whole)
     }
     if (m_format.isOutlined)
         follow(pixels);
+    m_colour.reset();
     m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width);
 }
 

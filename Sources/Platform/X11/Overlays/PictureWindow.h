@@ -1,6 +1,8 @@
 // One override-redirect window that shows one picture of an overlay.
 #pragma once
 
+#include <optional>
+
 #include "Platform/OverlayWindow.h"
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/MonitorLayout.h"
@@ -37,14 +39,17 @@ public:
     // Moves, maps where `isShown`, and paints, without flushing. `whole` is the picture's
     // rectangle, of which the part in `visible` is shown.
     void show(const Picture&, const DeviceRect& whole, const DeviceRect& visible, bool isShown);
+    // Paints the last picture where it maps: the server keeps none of an unmapped window.
     void setShown(bool isShown);
 
 private:
+    bool map(bool isShown);
     void setProperties();
     void place(const DeviceRect& frame);
     void paint(const Picture&, const DeviceRect& whole);
     void paintColour(std::uint32_t colour);
     void paintImage(const Image&, const DeviceRect& whole);
+    void paintAgain();
     void follow(std::span<std::uint32_t> pixels);
 
     Connection& m_connection;
@@ -54,6 +59,7 @@ private:
     DeviceRect m_frame;
     bool m_isMapped = false;
     PictureBuffer m_buffer;
+    std::optional<std::uint32_t> m_colour;  // what was painted last, where it was no image
     PictureOutline m_outline;
 };
 

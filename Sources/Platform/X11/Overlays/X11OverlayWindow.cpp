@@ -98,14 +98,15 @@ void X11OverlayWindow::present(std::span<const Picture> pictures)
 
 void X11OverlayWindow::show(std::span<const Picture> pictures)
 {
+    // The first to go: what they uncover of the others is painted afterwards.
+    for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
+        m_pictures[i]->show({}, {}, {}, false);
     const auto windowsBefore = m_pictures.size();
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         auto& window = pictureWindow(i);
         const auto whole = deviceRectOf(pictures[i].rectangle);
         window.show(pictures[i], whole, intersection(whole, m_deviceFrame), m_isShown);
     }
-    for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
-        m_pictures[i]->show({}, {}, {}, false);
     if (m_pictures.size() == windowsBefore)
         return;
     m_owner.raiseAll();
