@@ -13,6 +13,13 @@ DeviceRect intersection(const DeviceRect& a, const DeviceRect& b)
     return {x, y, std::max(0, std::min(a.right(), b.right()) - x), std::max(0, std::min(a.bottom(), b.bottom()) - y)};
 }
 
+DeviceRect boundsOf(const DeviceRect& a, const DeviceRect& b)
+{
+    const int x = std::min(a.x, b.x);
+    const int y = std::min(a.y, b.y);
+    return {x, y, std::max(a.right(), b.right()) - x, std::max(a.bottom(), b.bottom()) - y};
+}
+
 int snap(double value)
 {
     constexpr double arithmeticError = 1e-6;

@@ -36,6 +36,9 @@ struct DeviceRect {
 
 DeviceRect intersection(const DeviceRect&, const DeviceRect&);
 
+// The smallest rectangle around both, neither of which may be empty.
+DeviceRect boundsOf(const DeviceRect&, const DeviceRect&);
+
 struct Monitor {
     std::string name;
     DeviceRect frame;

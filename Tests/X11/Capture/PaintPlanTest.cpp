@@ -65,6 +65,24 @@ TEST_F(PaintPlan, FillsTheRestFromBelow)
     EXPECT_EQ(plan({0, 5, 40, 1}), (Parts{{middle, {10, 5, 10, 1}}, {low, {0, 5, 10, 1}}, {low, {20, 5, 10, 1}}, {XCB_WINDOW_NONE, {30, 5, 10, 1}}}));
 }
 
+TEST_F(PaintPlan, BelievesTheScreenForTheRootWhereNoWindowLiesWithoutACompositor)
+{
+    add(low, {0, 0, 10, 100});
+    add(middle, {40, 0, 5, 100});
+    add(high, {60, 0, 5, 100});
+    m_entries = {{1, {{middle, {40, 0, 5, 100}}}, XCB_WINDOW_NONE}};
+    const auto isOnScreen = [&](std::size_t i) { return m_steps[i].isOnScreen; };
+
+    EXPECT_EQ(plan({0, 5, 100, 1}),
+        (Parts{{low, {0, 5, 10, 1}}, {XCB_WINDOW_NONE, {40, 5, 5, 1}}, {XCB_WINDOW_NONE, {60, 5, 5, 1}}, {XCB_WINDOW_NONE, {10, 5, 30, 1}},
+            {XCB_WINDOW_NONE, {45, 5, 15, 1}}, {XCB_WINDOW_NONE, {65, 5, 35, 1}}}));
+    EXPECT_FALSE(isOnScreen(0) || isOnScreen(1) || isOnScreen(2));
+    EXPECT_TRUE(isOnScreen(3) && isOnScreen(4) && isOnScreen(5));
+
+    EXPECT_EQ(plan({0, 5, 100, 1}, true), (Parts{{low, {0, 5, 10, 1}}, {XCB_WINDOW_NONE, {10, 5, 90, 1}}}));
+    EXPECT_FALSE(isOnScreen(1));
+}
+
 TEST_F(PaintPlan, LooksThroughBlendedWindowsWithACompositorOnly)
 {
     add(low, {0, 0, 100, 100});

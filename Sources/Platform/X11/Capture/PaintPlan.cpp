@@ -68,11 +68,37 @@ void PaintPlanner::plan(const StackModel& model, const BelowOverlay& below, bool
                 m_uncovered.subtract(part);
         }
     }
-    for (const auto& part : m_uncovered.rects()) {
-        PaintStep step;
-        step.contents = model.rootBackground();
-        step.area = part;
-        steps.push_back(step);
+    planRoot(model, below, blends, steps);
+}
+
+void PaintPlanner::planRoot(const StackModel& model, const BelowOverlay& below, bool blends, std::vector<PaintStep>& steps)
+{
+    PaintStep step;
+    step.contents = model.rootBackground();
+    const auto add = [&](std::span<const DeviceRect> parts) {
+        for (const auto& part : parts) {
+            step.area = part;
+            steps.push_back(step);
+        }
+    };
+    m_parts.clear();
+    if (!blends)
+        takeHiddenParts(model, below);
+    add(m_parts);
+    step.isOnScreen = !blends;
+    add(m_uncovered.rects());
+}
+
+// Moves what is left of the root and lies under windows that do not count to m_parts.
+void PaintPlanner::takeHiddenParts(const StackModel& model, const BelowOverlay& below)
+{
+    const auto windows = model.windows();
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        const auto& window = windows[i];
+        if (!window.isMapped || window.isInputOnly || (i < below.top && !below.leavesOut(window.id)))
+            continue;
+        m_uncovered.appendIntersection(window.frame, m_parts);
+        m_uncovered.subtract(window.frame);
     }
 }
 

@@ -17,13 +17,24 @@ xcb_render_picture_t solidMask(xcb_connection_t* c, std::uint8_t alpha)
     return picture;
 }
 
+// The rectangle around what the screen does not show of the root; empty when it shows all.
+DeviceRect hiddenRoot(std::span<const PaintStep> steps)
+{
+    DeviceRect hidden;
+    for (const auto& step : steps) {
+        if (step.window == XCB_WINDOW_NONE && !step.isOnScreen)
+            hidden = hidden.isEmpty() ? step.area : boundsOf(hidden, step.area);
+    }
+    return hidden;
+}
+
 }  // namespace
 
 Painter::Painter(CaptureServer& server) : m_server(server), m_c(server.connection()), m_gc(xcb_generate_id(m_c)), m_rootBackground(server)
 {
     // Copies from a pixmap that is too small would else send an event each.
-    const std::uint32_t noExposures = 0;
-    xcb_create_gc(m_c, m_gc, server.connection().root(), XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
+    const std::uint32_t values[] = {XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 0};
+    xcb_create_gc(m_c, m_gc, server.connection().root(), XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES, values);
 }
 
 Painter::~Painter()
@@ -45,19 +56,23 @@ void Painter::begin()
 xcb_pixmap_t Painter::paint(std::span<const PaintStep> steps, const DeviceRect& area, const RootLook& root)
 {
     const auto& canvas = canvasFor(area);
+    const auto hidden = hiddenRoot(steps);
+    const auto background = hidden.isEmpty() ? RootBackground::Source() : m_rootBackground.sourceFor(hidden, root);
     for (std::size_t i = steps.size(); i-- > 0;) {
         if (steps[i].window == XCB_WINDOW_NONE)
-            paintRoot(steps[i], canvas, area, root);
+            paintRoot(steps[i], canvas, area, background);
         else
             paintWindow(steps[i], canvas, area);
     }
     return canvas.pixmap;
 }
 
-void Painter::paintRoot(const PaintStep& step, const Canvas& canvas, const DeviceRect& area, const RootLook& root)
+void Painter::paintRoot(const PaintStep& step, const Canvas& canvas, const DeviceRect& area, const RootBackground::Source& background)
 {
-    const auto& background = m_rootBackground.sourceFor(area, root);
-    copy(background.pixmap, {step.area.x - background.area.x, step.area.y - background.area.y}, step, canvas, area);
+    if (step.isOnScreen)
+        copy(m_server.connection().root(), {step.area.x, step.area.y}, step, canvas, area);
+    else
+        copy(background.pixmap, {step.area.x - background.area.x, step.area.y - background.area.y}, step, canvas, area);
 }
 
 // CopyArea knows no formats: both sides must have the same depth.

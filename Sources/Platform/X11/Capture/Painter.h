@@ -61,7 +61,7 @@ private:
     Canvas& canvasFor(const DeviceRect& area);
     void release(Canvas&);
     void paintWindow(const PaintStep&, const Canvas&, const DeviceRect& area);
-    void paintRoot(const PaintStep&, const Canvas&, const DeviceRect& area, const RootLook& root);
+    void paintRoot(const PaintStep&, const Canvas&, const DeviceRect& area, const RootBackground::Source&);
     void copy(xcb_drawable_t, DevicePoint source, const PaintStep&, const Canvas&, const DeviceRect& area);
     void blend(Named&, const PaintStep&, const Canvas&, const DeviceRect& area);
 

@@ -10,16 +10,21 @@
 namespace Platform::X11 {
 namespace {
 
-// A moving strip needs a new band once in so many pixels.
+// What moves needs a new band once in so many pixels.
 constexpr int bandWidth = 64;
 
-DeviceRect bandAround(const DeviceRect& area, const DeviceRect& root)
+// Where there is no compositor, the long places are those of lines that stand still.
+constexpr int longSide = 4 * bandWidth;
+
+DeviceRect bandAround(const DeviceRect& area, const RootLook& look)
 {
+    if (!look.hasCompositor && std::max(area.width, area.height) > longSide)
+        return area;
     const int left = area.x / bandWidth * bandWidth;
     const int top = area.y / bandWidth * bandWidth;
     const int right = (area.right() + bandWidth - 1) / bandWidth * bandWidth;
     const int bottom = (area.bottom() + bandWidth - 1) / bandWidth * bandWidth;
-    return intersection({left, top, right - left, bottom - top}, root);
+    return intersection({left, top, right - left, bottom - top}, look.area);
 }
 
 }  // namespace
@@ -33,7 +38,7 @@ const RootBackground::Source& RootBackground::sourceFor(const DeviceRect& area, 
     if (band == m_bands.end()) {
         band = std::min_element(m_bands.begin(), m_bands.end(), [](const Band& a, const Band& b) { return a.lastUse < b.lastUse; });
         release(band->source);
-        band->source = {m_server.connection().newId(), bandAround(area, root.area)};
+        band->source = {m_server.connection().newId(), bandAround(area, root)};
         if (root.hasCompositor)
             takeWallpaper(band->source, root.wallpaper);
         else
