@@ -49,6 +49,23 @@ TEST(MonitorLayout, AnswersWithoutMonitors)
     EXPECT_TRUE(layout.screens().empty());
 }
 
+TEST(MonitorLayout, KnowsTheBoundsOfAllMonitors)
+{
+    EXPECT_EQ(MonitorLayout({fullHd}).bounds(), (DeviceRect{0, 0, 1920, 1080}));
+    EXPECT_EQ(MonitorLayout({fullHd, {"B", {-1280, 100, 1280, 1024}, 1}}).bounds(), (DeviceRect{-1280, 0, 3200, 1124}));
+    EXPECT_TRUE(MonitorLayout().bounds().isEmpty());
+}
+
+TEST(MonitorLayout, SurvivesRectanglesOfAnySize)
+{
+    const MonitorLayout layout({fullHd});
+    const auto huge = layout.deviceRectOfDesktop({-1e300, -1e18, 2e300, 2e18});
+    EXPECT_EQ(huge.width, 1 << 30);
+    EXPECT_EQ(huge.height, 1 << 30);
+    EXPECT_EQ(intersection(huge, {0, 0, 1920, 1080}), (DeviceRect{0, 0, 1920, 1080}));
+    EXPECT_TRUE(layout.deviceRectOfDesktop({0, 0, -1e300, -22}).isEmpty());
+}
+
 // The bands of the crosshair: a half point to either side of the pointer.
 TEST(MonitorLayout, SnapsBandsAtScaleOneToThePointersOwnRowAndColumn)
 {

@@ -23,7 +23,8 @@ DeviceRect boundsOf(const DeviceRect& a, const DeviceRect& b)
 int snap(double value)
 {
     constexpr double arithmeticError = 1e-6;
-    return static_cast<int>(std::floor(value + 0.5 + arithmeticError));
+    constexpr double furthest = 1 << 29;
+    return static_cast<int>(std::clamp(std::floor(value + 0.5 + arithmeticError), -furthest, furthest));
 }
 
 std::vector<Screen> MonitorLayout::screens() const
@@ -83,6 +84,14 @@ DeviceRect MonitorLayout::deviceRectOfCapture(const Rect& rect) const
     const int right = snap((rect.x + rect.width - originX) * scale);
     const int bottom = snap((rect.y + rect.height - originY) * scale);
     return {origin.x + left, origin.y + top, right - left, bottom - top};
+}
+
+DeviceRect MonitorLayout::bounds() const
+{
+    DeviceRect bounds;
+    for (const auto& monitor : m_monitors)
+        bounds = bounds.isEmpty() ? monitor.frame : boundsOf(bounds, monitor.frame);
+    return bounds;
 }
 
 double MonitorLayout::scaleOfCapture(const Rect& rect) const

@@ -68,6 +68,9 @@ public:
     DeviceRect deviceRectOfDesktop(const Rect& desktopRect) const;
     DeviceRect deviceRectOfCapture(const Rect& captureRect) const;
 
+    // The smallest rectangle around all monitors; empty without them.
+    DeviceRect bounds() const;
+
     // The scale that the two functions above use for that rectangle.
     double scaleOfCapture(const Rect& captureRect) const;
 
@@ -82,7 +85,7 @@ private:
 };
 
 // floor(value + 0.5), with values that differ from a half only by the error of earlier
-// arithmetic taken as that half.
+// arithmetic taken as that half. What is further than 2^29 away comes out as that.
 int snap(double value);
 
 }  // namespace Platform::X11

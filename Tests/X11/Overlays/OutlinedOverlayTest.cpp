@@ -210,6 +210,29 @@ TEST_F(OutlinedOverlay, GrowsAndShrinks)
     }
 }
 
+TEST_F(OutlinedOverlay, ShowsThePartOfAHugeOneThatLiesOnTheScreen)
+{
+    const auto overlay = makeDisc(200, 100);
+    Image halves(2, 1);
+    halves.pixels()[0] = core;
+    halves.pixels()[1] = blue;
+    for (const double size : {3e4, 1e5, 1e9}) {
+        overlay->setFrame({300 - size / 2, 300 - size / 2, size, size});
+        EXPECT_EQ(overlay->frame().width, size);
+        const Picture shown{.rectangle = {0, 0, size, size}, .image = &halves};
+        overlay->present({&shown, 1});
+        const auto screen = screenshot();
+        EXPECT_EQ(screen.pixel(0, 599), core) << size;
+        EXPECT_EQ(screen.pixel(299, 0), core) << size;
+        EXPECT_EQ(screen.pixel(300, 0), blue) << size;
+        EXPECT_EQ(screen.pixel(799, 599), blue) << size;
+    }
+    overlay->setFrame({-5e17, -5e17, 1e18, 1e18});
+    present(*overlay, picture);
+    moveTo(*overlay, 200, 100);
+    EXPECT_EQ(wrongPixelsHard(200, 100), 0);
+}
+
 TEST_F(OutlinedOverlay, TellsTheCaptureWhereItWillLieBeforeItMoves)
 {
     const auto overlay = makeDisc(200, 100);

@@ -154,8 +154,8 @@ void PictureWindow::paintImage(const Image& image, const DeviceRect& whole)
 {
     const auto width = static_cast<std::size_t>(m_frame.width);
     const auto pixels = m_buffer.take(width * static_cast<std::size_t>(m_frame.height));
-    const auto sourceColumn = [&](int x) { return (m_frame.x - whole.x + x) * image.width() / whole.width; };
-    const auto sourceRow = [&](int y) { return (m_frame.y - whole.y + y) * image.height() / whole.height; };
+    const auto sourceColumn = [&](long x) { return (m_frame.x - whole.x + x) * image.width() / whole.width; };
+    const auto sourceRow = [&](long y) { return (m_frame.y - whole.y + y) * image.height() / whole.height; };
     for (int y = 0; y < m_frame.height; ++y) {
         auto* to = pixels.data() + static_cast<std::size_t>(y) * width;
         const auto from = image.pixels().subspan(static_cast<std::size_t>(sourceRow(y)) * static_cast<std::size_t>(image.width()));

@@ -27,6 +27,15 @@ void raiseWindow(Connection& connection, xcb_window_t window)
     xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
 }
 
+// No overlay of a sensible size reaches further off the monitors. A window's sides end at
+// 65,535 pixels, and its pixels take memory long before.
+DeviceRect reachOf(const MonitorLayout& layout)
+{
+    constexpr int margin = 1024;
+    const auto bounds = layout.bounds();
+    return {bounds.x - margin, bounds.y - margin, bounds.width + 2 * margin, bounds.height + 2 * margin};
+}
+
 }  // namespace
 
 X11OverlayWindow::X11OverlayWindow(X11OverlayWindows& owner, const OverlayStyle& style, OverlayWindowDelegate& delegate, std::int64_t windowNumber)
@@ -67,7 +76,8 @@ void X11OverlayWindow::freeColormap(const PictureFormat& format)
 void X11OverlayWindow::setFrame(const Rect& frame)
 {
     m_frame = frame;
-    m_deviceFrame = m_owner.m_parts.layout.get()->deviceRectOfDesktop(frame);
+    const auto layout = m_owner.m_parts.layout.get();
+    m_deviceFrame = intersection(layout->deviceRectOfDesktop(frame), reachOf(*layout));
     if (m_isOutlined) {
         m_owner.m_parts.stack.place(static_cast<std::uint32_t>(m_windowNumber), m_deviceFrame);
         return;
