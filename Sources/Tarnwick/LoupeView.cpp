@@ -41,9 +41,7 @@ void LoupeView::capture(std::uint32_t window, const Platform::Rect& square)
     const Platform::Rect part{(captured.x - square.x) / square.width, (captured.y - square.y) / square.height, captured.width / square.width,
         captured.height / square.height};
     m_screenCapture.windowsBelow(window, Platform::CaptureResolution::best, std::span(&captured, 1), std::span(&m_sample, 1));
-    const bool hadImage = m_formerSample.truth != Platform::CaptureTruth::none;
-    const bool hasImage = m_sample.truth != Platform::CaptureTruth::none;
-    const bool isTheSame = part == m_samplePart && hadImage == hasImage && m_sample.image == m_formerSample.image;
+    const bool isTheSame = part == m_samplePart && m_sample.image == m_formerSample.image;
     m_isComposed = m_isComposed && isTheSame;
     m_samplePart = part;
 }

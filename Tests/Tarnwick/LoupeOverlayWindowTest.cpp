@@ -158,6 +158,7 @@ TEST_F(LoupeOverlayWindowPlace, RoundsHalvesAwayFromZero)
     open();
     loupe->updateCursor({500.5, 300.5});
     EXPECT_EQ(loupe->frame().origin(), (Platform::Point{391, 163}));
+    EXPECT_EQ(lastCapture().rectangles, (std::vector<Rect>{{474, 654, 55, 55}}));
     loupe->updateCursor({99.5, 127.5});
     EXPECT_EQ(loupe->frame().origin(), (Platform::Point{-11, -11}));
 }

@@ -282,7 +282,7 @@ TEST_F(LoupeViewDrawing, ShowsAHugeSquareInItsPlace)
     fake.screens.set({{"MAIN", {0, 0, 1512, 982}, 1}});
     fake.screenCapture.setAnswer({0, 0, 1512, 982}, plain(1512, 982, 0xFF00AA00));
     view->refresh({756, 491}, 3025, windowNumber);
-    const auto drawn = *view->draw()->image;
+    auto drawn = *view->draw()->image;
     // Half as wide as the circle's 218 points, a third as high.
     EXPECT_EQ(drawn.pixel(54, 100), backdrop);
     EXPECT_EQ(drawn.pixel(56, 100), 0xFF00AA00U);
@@ -290,6 +290,12 @@ TEST_F(LoupeViewDrawing, ShowsAHugeSquareInItsPlace)
     EXPECT_EQ(drawn.pixel(165, 100), backdrop);
     EXPECT_EQ(drawn.pixel(100, 73), backdrop);
     EXPECT_EQ(drawn.pixel(100, 76), 0xFF00AA00U);
+
+    view->refresh({1056, 491}, 3025, windowNumber);
+    drawn = *view->draw()->image;
+    EXPECT_EQ(drawn.pixel(54, 100), 0xFF00AA00U);
+    EXPECT_EQ(drawn.pixel(141, 100), 0xFF00AA00U);
+    EXPECT_EQ(drawn.pixel(144, 100), backdrop);
 }
 
 }  // namespace
