@@ -82,15 +82,27 @@ struct QtMainLoop::Tasks {
     TaskRing waiting;
     TaskRing running;
 
+    // Tasks that a turn's tasks post belong to turns of their own, but a turn through all
+    // of Qt's and GLib's sources costs as much as many tasks: some follow at once.
     void runWaiting()
     {
+        constexpr int mostTurns = 3;
+        for (int turn = 0; turn < mostTurns && takeWaiting(); ++turn)
+            runTurn();
+    }
+
+    bool takeWaiting()
+    {
         wakeUp.drain();
-        {
-            const std::lock_guard lock(mutex);
-            // Where a task runs a nested loop, its turn serves what was left of the outer one first.
-            while (!waiting.isEmpty())
-                running.push(waiting.pop());
-        }
+        const std::lock_guard lock(mutex);
+        // Where a task runs a nested loop, its turn serves what was left of the outer one first.
+        while (!waiting.isEmpty())
+            running.push(waiting.pop());
+        return !running.isEmpty();
+    }
+
+    void runTurn()
+    {
         while (!running.isEmpty()) {
             Task task = running.pop();
             // The task may run a nested loop, which has to hear of the rest.
