@@ -11,10 +11,10 @@ namespace Platform::X11 {
 namespace {
 
 // What moves needs a new band once in so many pixels.
-constexpr int bandWidth = 64;
+constexpr int bandWidth = 128;
 
 // Where there is no compositor, the long places are those of lines that stand still.
-constexpr int longSide = 4 * bandWidth;
+constexpr int longSide = 2 * bandWidth;
 
 DeviceRect bandAround(const DeviceRect& area, const RootLook& look)
 {
