@@ -11,7 +11,7 @@ KeyOfSymbol keysOfLayout(const char* layout)
     xkb_context* context = xkb_context_new(XKB_CONTEXT_NO_ENVIRONMENT_NAMES);
     const xkb_rule_names names = {.rules = "evdev", .model = "pc105", .layout = layout, .variant = "", .options = ""};
     xkb_keymap* keymap = xkb_keymap_new_from_names(context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
-    const auto keys = keysOf(*keymap);
+    auto keys = keysOf(*keymap);
     xkb_keymap_unref(keymap);
     xkb_context_unref(context);
     return keys;

@@ -77,6 +77,7 @@ TEST_F(PersistentSettingTest, ReadsTheDefaultForAnUnknownRawText)
 TEST(StatusItemAction, HasItsCasesInOrderWithTheirRawTexts)
 {
     std::vector<std::string_view> texts;
+    texts.reserve(3);
     for (const auto action : allStatusItemActions)
         texts.push_back(rawValue(action));
     EXPECT_EQ(texts, (std::vector<std::string_view>{"menu", "crosshair", "loupe"}));

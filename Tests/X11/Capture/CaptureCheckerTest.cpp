@@ -54,7 +54,7 @@ protected:
             }
         }
         EXPECT_EQ(wrong, 0) << what << ": " << first << "\n" << m_random->history();
-        m_pixels += picture.width() * picture.height();
+        m_pixels += long{picture.width()} * picture.height();
         m_wrong += wrong;
     }
 

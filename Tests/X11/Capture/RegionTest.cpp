@@ -44,7 +44,7 @@ TEST(Region, CountsOverlappingPartsOnce)
     region.add({5, 5, 10, 10});
     long pixels = 0;
     for (const auto& rect : region.rects())
-        pixels += rect.width * rect.height;
+        pixels += long{rect.width} * rect.height;
     EXPECT_EQ(pixels, 175);
 }
 

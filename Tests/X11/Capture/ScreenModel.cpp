@@ -12,7 +12,10 @@ std::uint32_t tilePixel(const Image& tile, int x, int y)
     return tile.pixel(wrap(x, tile.width()), wrap(y, tile.height()));
 }
 
-std::uint32_t& at(Image& image, int x, int y) { return image.pixels()[static_cast<std::size_t>(y * image.width() + x)]; }
+std::uint32_t& at(Image& image, int x, int y)
+{
+    return image.pixels()[static_cast<std::size_t>(y) * static_cast<std::size_t>(image.width()) + static_cast<std::size_t>(x)];
+}
 
 std::uint32_t channel(std::uint32_t pixel, int shift) { return (pixel >> shift) & 0xff; }
 

@@ -147,12 +147,12 @@ TEST(TruthMemory, KeepsTheNewestPictures)
 TEST(TruthMemory, BoundsItsMemory)
 {
     Platform::X11::TruthMemory memory;
-    const std::vector<std::uint32_t> pixels(300 * 300, 5);
-    const std::vector<std::uint32_t> truth(300 * 300, 6);
+    const std::vector<std::uint32_t> pixels(300UL * 300, 5);
+    const std::vector<std::uint32_t> truth(300UL * 300, 6);
     for (int i = 0; i < 40; ++i)
         memory.remember(number, {i * 300, 0, 300, 300}, pixels, truth);
     EXPECT_LE(memory.valueCount(), 2U << 20);
-    const std::vector<std::uint32_t> screenful(1200 * 1000, 5);
+    const std::vector<std::uint32_t> screenful(1200UL * 1000, 5);
     memory.remember(number, {0, 0, 1200, 1000}, screenful, screenful);
     EXPECT_LE(memory.valueCount(), 2U << 20);
 }

@@ -10,7 +10,6 @@ namespace CaptureTests {
 namespace {
 
 using Platform::X11::DeviceRect;
-using Platform::X11::ToplevelWindow;
 
 constexpr xcb_window_t root = 0x1e0;
 constexpr xcb_window_t a = 0x400001;
