@@ -10,6 +10,8 @@
 namespace Demonstration {
 
 using Platform::Image;
+using Platform::X11::DevicePoint;
+using Platform::X11::DeviceRect;
 
 namespace {
 
@@ -54,7 +56,7 @@ Image landscape(int width, int height)
     painter.fillRect(picture.rect(), sky);
     painter.setBrush(QColor(255, 232, 170));
     painter.setPen(Qt::NoPen);
-    painter.drawEllipse(QPointF(width * 0.72, height * 0.52), 54, 54);
+    painter.drawEllipse(QPointF(width * 0.58, height * 0.57), 54, 54);
     paintHills(painter, picture.size(), 0.40, 0.4, QColor(120, 72, 96));
     paintHills(painter, picture.size(), 0.28, 2.1, QColor(72, 50, 80));
     paintHills(painter, picture.size(), 0.16, 4.0, QColor(34, 30, 52));
@@ -94,12 +96,14 @@ Image colourChart(int width, int height)
     return imageOf(picture);
 }
 
-Image closeUp(const Image& image, int x, int y)
+Image part(const Image& image, const DeviceRect& area) { return imageOf(viewOf(image).copy(area.x, area.y, area.width, area.height)); }
+
+Image closeUp(const Image& image, DevicePoint centre)
 {
     constexpr int side = 48;
     constexpr int enlargement = 10;
-    const auto part = viewOf(image).copy(x - side / 2, y - side / 2, side, side);
-    return imageOf(part.scaled(side * enlargement, side * enlargement));
+    const auto surroundings = viewOf(image).copy(centre.x - side / 2, centre.y - side / 2, side, side);
+    return imageOf(surroundings.scaled(side * enlargement, side * enlargement));
 }
 
 void write(const std::filesystem::path& path, const Image& image)

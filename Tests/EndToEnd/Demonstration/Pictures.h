@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "Platform/Image.h"
+#include "Platform/X11/MonitorLayout.h"
 
 namespace Demonstration {
 
@@ -13,8 +14,9 @@ Platform::Image landscape(int width, int height);
 Platform::Image page(int width, int height);
 Platform::Image colourChart(int width, int height);
 
-// The surroundings of a pixel, enlarged with hard edges.
-Platform::Image closeUp(const Platform::Image&, int x, int y);
+// A part of a picture, and the surroundings of a pixel, enlarged with hard edges.
+Platform::Image part(const Platform::Image&, const Platform::X11::DeviceRect&);
+Platform::Image closeUp(const Platform::Image&, Platform::X11::DevicePoint);
 
 // As PNG. Throws when the file cannot be written.
 void write(const std::filesystem::path&, const Platform::Image&);
