@@ -31,8 +31,10 @@ void CaptureSession::capture(std::uint32_t windowNumber, CaptureResolution resol
         if (isCaptured && attempt + 1 < mostAttempts)
             isCaptured = isStillValid(windowNumber);
     }
-    if (isCaptured)
-        answer(windowNumber, answers);
+    if (!isCaptured)
+        return;
+    learnUpcoming();
+    answer(windowNumber, answers);
 }
 
 void CaptureSession::layTargets(CaptureResolution resolution, std::span<const Rect> rectangles)
@@ -43,7 +45,7 @@ void CaptureSession::layTargets(CaptureResolution resolution, std::span<const Re
     for (std::size_t i = 0; i < m_targetCount; ++i) {
         auto& target = m_targets[i];
         target.isUsable = target.grid.lay(*m_layout, m_reader.model().root(), rectangles[i], resolution);
-        target.isPainted = target.isUsable && !target.grid.area().isEmpty();
+        target.piece.area = target.isUsable ? target.grid.area() : DeviceRect{};
     }
 }
 
@@ -86,38 +88,74 @@ void CaptureSession::catchUp()
 void CaptureSession::plan(std::uint32_t windowNumber)
 {
     lookBelow(windowNumber, m_entries, m_reader.model(), m_below);
-    for (auto& target : std::span(m_targets).first(m_targetCount)) {
-        target.steps.clear();
-        target.covered.clear();
-        if (!target.isPainted)
-            continue;
-        m_planner.plan(m_reader.model(), m_below, m_reader.hasCompositor(), target.grid.area(), target.steps);
-        if (readsScreen())
-            m_truth.findCovered(target.grid.area(), m_reader.model(), m_below, target.covered);
+    for (auto& target : targets())
+        plan(target.piece);
+    planUpcoming(windowNumber);
+}
+
+void CaptureSession::planUpcoming(std::uint32_t windowNumber)
+{
+    m_upcomingCount = 0;
+    if (!readsScreen())
+        return;
+    const auto hasNumber = [&](const OverlayEntry& entry) { return entry.windowNumber == windowNumber; };
+    const auto overlay = std::find_if(m_entries.begin(), m_entries.end(), hasNumber);
+    if (overlay == m_entries.end())
+        return;
+    m_truth.findUpcoming(*overlay, m_reader.model().root(), m_reader.model(), m_below, m_upcomingAreas);
+    m_upcomingCount = m_upcomingAreas.size();
+    if (m_upcoming.size() < m_upcomingCount)
+        m_upcoming.resize(m_upcomingCount);
+    for (std::size_t i = 0; i < m_upcomingCount; ++i) {
+        m_upcoming[i].area = m_upcomingAreas[i];
+        plan(m_upcoming[i]);
     }
+}
+
+void CaptureSession::plan(Piece& piece)
+{
+    piece.steps.clear();
+    piece.covered.clear();
+    if (piece.area.isEmpty())
+        return;
+    m_planner.plan(m_reader.model(), m_below, m_reader.hasCompositor(), piece.area, piece.steps);
+    if (readsScreen())
+        m_truth.findCovered(piece.area, m_reader.model(), m_below, piece.covered);
 }
 
 bool CaptureSession::paintAndRead()
 {
     m_painter.begin();
     m_images.begin();
-    for (auto& target : std::span(m_targets).first(m_targetCount)) {
-        target.screen.reset();
-        if (!target.isPainted)
-            continue;
-        const auto& area = target.grid.area();
-        if (readsScreen() && !target.covered.encloses(area))
-            target.screen = m_images.add(m_server.connection().root(), area);
-        const auto canvas = m_painter.paint(target.steps, area, m_reader.root());
-        target.composed = m_images.add(canvas, {0, 0, area.width, area.height});
-    }
+    for (auto& target : targets())
+        paint(target.piece);
+    for (auto& piece : upcoming())
+        paint(piece);
     return m_images.read();
 }
 
-bool CaptureSession::hasFailed() const
+void CaptureSession::paint(Piece& piece)
 {
-    const auto targets = std::span(m_targets).first(m_targetCount);
-    return std::any_of(targets.begin(), targets.end(), [this](const Target& target) { return m_painter.hasFailed(target.steps); });
+    piece.screen.reset();
+    if (piece.area.isEmpty())
+        return;
+    if (readsScreen() && !piece.covered.encloses(piece.area))
+        piece.screen = m_images.add(m_server.connection().root(), piece.area);
+    const auto canvas = m_painter.paint(piece.steps, piece.area, m_reader.root());
+    piece.composed = m_images.add(canvas, {0, 0, piece.area.width, piece.area.height});
+}
+
+template <typename Predicate> bool CaptureSession::isTrueOfAPiece(Predicate&& isTrue)
+{
+    const auto targetsNow = targets();
+    const auto upcomingNow = upcoming();
+    return std::any_of(targetsNow.begin(), targetsNow.end(), [&](const Target& target) { return isTrue(target.piece); }) ||
+        std::any_of(upcomingNow.begin(), upcomingNow.end(), isTrue);
+}
+
+bool CaptureSession::hasFailed()
+{
+    return isTrueOfAPiece([this](const Piece& piece) { return m_painter.hasFailed(piece.steps); });
 }
 
 // Errors about windows that went meanwhile are everyday; one counts only where a pixmap
@@ -140,14 +178,24 @@ bool CaptureSession::isStillValid(std::uint32_t windowNumber)
     if (model.isBroken() || m_reader.needsLearning())
         return false;
     lookBelow(windowNumber, m_entries, model, m_below);
-    for (const auto& target : std::span(m_targets).first(m_targetCount)) {
-        m_stepsNow.clear();
-        if (target.isPainted)
-            m_planner.plan(model, m_below, m_reader.hasCompositor(), target.grid.area(), m_stepsNow);
-        if (m_stepsNow != target.steps)
-            return false;
+    return !isTrueOfAPiece([this](const Piece& piece) { return !isStillValid(piece); });
+}
+
+bool CaptureSession::isStillValid(const Piece& piece)
+{
+    m_stepsNow.clear();
+    if (!piece.area.isEmpty())
+        m_planner.plan(m_reader.model(), m_below, m_reader.hasCompositor(), piece.area, m_stepsNow);
+    return m_stepsNow == piece.steps;
+}
+
+// Before the answers, which are recovered from it.
+void CaptureSession::learnUpcoming()
+{
+    for (const auto& piece : upcoming()) {
+        if (piece.screen)
+            m_truth.learn(piece.area, m_images.pixels(piece.composed), m_images.pixels(*piece.screen));
     }
-    return true;
 }
 
 void CaptureSession::answer(std::uint32_t windowNumber, std::span<Captured> answers)
@@ -156,20 +204,21 @@ void CaptureSession::answer(std::uint32_t windowNumber, std::span<Captured> answ
         const auto& target = m_targets[i];
         if (!target.isUsable)
             continue;
-        answers[i].truth = target.covered.isEmpty() ? CaptureTruth::exact : CaptureTruth::recovered;
-        if (!target.isPainted)
+        answers[i].truth = target.piece.covered.isEmpty() ? CaptureTruth::exact : CaptureTruth::recovered;
+        if (target.piece.area.isEmpty())
             target.grid.fill(*m_layout, {}, answers[i].image);
         else if (readsScreen())
             answerFromScreen(windowNumber, target, answers[i]);
         else
-            target.grid.fill(*m_layout, m_images.pixels(target.composed), answers[i].image);
+            target.grid.fill(*m_layout, m_images.pixels(target.piece.composed), answers[i].image);
     }
 }
 
 void CaptureSession::answerFromScreen(std::uint32_t windowNumber, const Target& target, Captured& answer)
 {
-    const auto screen = target.screen ? m_images.pixels(*target.screen) : std::span<const std::uint32_t>();
-    const auto picture = m_truth.merge(windowNumber, target.grid.area(), target.covered, m_images.pixels(target.composed), screen);
+    const auto& piece = target.piece;
+    const auto screen = piece.screen ? m_images.pixels(*piece.screen) : std::span<const std::uint32_t>();
+    const auto picture = m_truth.merge(windowNumber, piece.area, piece.covered, m_images.pixels(piece.composed), screen);
     target.grid.fill(*m_layout, picture, answer.image);
 }
 

@@ -28,14 +28,18 @@ public:
     void capture(std::uint32_t windowNumber, CaptureResolution, std::span<const Rect> rectangles, std::span<Captured> answers);
 
 private:
+    // A part of the screen to be painted and read.
+    struct Piece {
+        DeviceRect area;  // empty: nothing of it lies on the screen
+        std::vector<PaintStep> steps;
+        Region covered;            // where the screen does not show what is wanted
+        std::size_t composed = 0;  // number of the picture
+        std::optional<std::size_t> screen;
+    };
     struct Target {
         SampleGrid grid;
         bool isUsable = false;
-        bool isPainted = false;  // some of it lies on the screen
-        std::vector<PaintStep> steps;
-        std::size_t composed = 0;  // number of the picture
-        Region covered;            // where the screen does not show what is wanted
-        std::optional<std::size_t> screen;
+        Piece piece;
     };
 
     void layTargets(CaptureResolution, std::span<const Rect> rectangles);
@@ -43,11 +47,19 @@ private:
     void takeEvent(const xcb_generic_event_t&);
     void takeQueuedEvents();
     void plan(std::uint32_t windowNumber);
+    void planUpcoming(std::uint32_t windowNumber);
+    void plan(Piece&);
     bool paintAndRead();
-    bool hasFailed() const;
+    void paint(Piece&);
+    bool hasFailed();
     bool isStillValid(std::uint32_t windowNumber);
+    bool isStillValid(const Piece&);
     bool captureOnce(std::uint32_t windowNumber);
     bool readsScreen() const { return m_reader.hasCompositor(); }
+    std::span<Target> targets() { return std::span(m_targets).first(m_targetCount); }
+    std::span<Piece> upcoming() { return std::span(m_upcoming).first(m_upcomingCount); }
+    template <typename Predicate> bool isTrueOfAPiece(Predicate&& isTrue);
+    void learnUpcoming();
     void answer(std::uint32_t windowNumber, std::span<Captured> answers);
     void answerFromScreen(std::uint32_t windowNumber, const Target&, Captured&);
 
@@ -64,6 +76,9 @@ private:
     BelowOverlay m_below;
     std::vector<Target> m_targets;
     std::size_t m_targetCount = 0;
+    std::vector<Piece> m_upcoming;  // what the overlay is about to cover
+    std::size_t m_upcomingCount = 0;
+    std::vector<DeviceRect> m_upcomingAreas;
     std::vector<PaintStep> m_stepsNow;
     std::uint64_t m_knownGeneration = 0;
     bool m_hasNews = false;  // events changed what is known

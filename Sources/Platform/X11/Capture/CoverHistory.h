@@ -11,6 +11,10 @@
 
 namespace Platform::X11 {
 
+// The place of an outlined overlay together with the shadow that a compositor may paint
+// around it. Those of picom and xfwm4 reach 15 pixels out unless they are told otherwise.
+DeviceRect withShadow(const DeviceRect&);
+
 class CoverHistory {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -32,6 +36,8 @@ private:
         Time lastSeen;
         bool isCurrent;
     };
+
+    void cover(xcb_window_t, const DeviceRect& frame, Time now);
 
     std::vector<Place> m_places;
 };

@@ -8,6 +8,9 @@ namespace {
 
 constexpr std::uint32_t colourBits = 0xffffff;
 
+// A larger overlay makes do with what was captured for it before: this takes 36 MB.
+constexpr long mostPixels = 2L << 20;
+
 void takeColours(std::span<const std::uint32_t> from, std::vector<std::uint32_t>& to)
 {
     to.resize(from.size());
@@ -22,6 +25,7 @@ void ScreenTruth::update(std::span<const OverlayEntry> entries, std::uint64_t co
     if (std::exchange(m_compositorChanges, compositorChanges) != compositorChanges) {
         m_distrustEnd = now + CoverHistory::memory;
         m_memory.forget();
+        m_surroundings.forget();
     }
     if (m_distrustEnd && now > *m_distrustEnd)
         m_distrustEnd.reset();
@@ -34,13 +38,41 @@ void ScreenTruth::findCovered(const DeviceRect& area, const StackModel& model, c
         covered.add(area);
 }
 
+void ScreenTruth::findUpcoming(
+    const OverlayEntry& overlay, const DeviceRect& root, const StackModel& model, const BelowOverlay& below, std::vector<DeviceRect>& parts)
+{
+    parts.clear();
+    if (!overlay.isOutlined)
+        return;
+    const auto place = withShadow(overlay.upcoming);
+    const auto area = intersection(place, root);
+    if (area.isEmpty() || long{place.width} * place.height > mostPixels)
+        return;
+    m_surroundings.follow(overlay.windowNumber, place);
+    findCovered(area, model, below, m_covered);
+    m_upcoming.clear();
+    m_upcoming.add(area);
+    for (const auto& part : m_covered.rects())
+        m_upcoming.subtract(part);
+    parts.assign(m_upcoming.rects().begin(), m_upcoming.rects().end());
+}
+
+void ScreenTruth::learn(const DeviceRect& part, std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen)
+{
+    m_surroundings.learn(part, composed, screen);
+}
+
 std::span<const std::uint32_t> ScreenTruth::merge(std::uint32_t windowNumber, const DeviceRect& area, const Region& covered,
     std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen)
 {
     takeColours(composed, m_composed);
     takeColours(screen.empty() ? composed : screen, m_picture);
-    m_memory.recover(windowNumber, area, covered, m_composed, m_picture);
-    m_memory.remember(windowNumber, area, m_composed, m_picture);
+    if (m_surroundings.follows(windowNumber)) {
+        m_surroundings.recover(area, covered, m_composed, m_picture);
+    } else {
+        m_memory.recover(windowNumber, area, covered, m_composed, m_picture);
+        m_memory.remember(windowNumber, area, m_composed, m_picture);
+    }
     return m_picture;
 }
 

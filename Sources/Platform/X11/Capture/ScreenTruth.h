@@ -1,11 +1,14 @@
 // The picture under a compositor: the screen itself where no window of ours lies or lay
 // a moment ago, so that shadows, effects and whatever else is no window are right;
-// elsewhere what the screen last showed there.
+// elsewhere what the screen last showed there. An outlined overlay covers more than is
+// captured for it, and carries that along when it moves: what it is about to cover is read
+// before it does.
 #pragma once
 
 #include <optional>
 
 #include "Platform/X11/Capture/CoverHistory.h"
+#include "Platform/X11/Capture/SurroundingsMemory.h"
 #include "Platform/X11/Capture/TruthMemory.h"
 
 namespace Platform::X11 {
@@ -21,6 +24,11 @@ public:
     // The parts of `area` that the screen does not show as the capture wants them.
     void findCovered(const DeviceRect& area, const StackModel&, const BelowOverlay&, Region& covered) const;
 
+    // The parts of the screen that the overlay is about to cover and that still show what
+    // lies beneath: none for one that is not outlined. They are to be learned.
+    void findUpcoming(const OverlayEntry&, const DeviceRect& root, const StackModel&, const BelowOverlay&, std::vector<DeviceRect>& parts);
+    void learn(const DeviceRect& part, std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen);
+
     // The picture of `area`, 0x00RRGGBB, valid until the next call. `screen` may be empty
     // when everything is covered.
     std::span<const std::uint32_t> merge(std::uint32_t windowNumber, const DeviceRect& area, const Region& covered,
@@ -29,6 +37,9 @@ public:
 private:
     CoverHistory m_history;
     TruthMemory m_memory;
+    SurroundingsMemory m_surroundings;
+    Region m_covered;
+    Region m_upcoming;
     std::uint64_t m_compositorChanges = 0;
     std::optional<Time> m_distrustEnd;
     std::vector<std::uint32_t> m_composed;

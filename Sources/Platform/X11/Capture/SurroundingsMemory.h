@@ -1,0 +1,50 @@
+// What the screen showed where a moving overlay lies and a little around it: read before
+// the overlay covers it. A window on the screen, with room on all sides, that moves along
+// only when the overlay leaves it; each pixel keeps its place in memory, so moving copies
+// nothing.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "Platform/X11/Capture/Region.h"
+
+namespace Platform::X11 {
+
+class SurroundingsMemory {
+public:
+    // The memory is for that overlay from now on and has room for `area`.
+    void follow(std::uint32_t windowNumber, const DeviceRect& area);
+    bool follows(std::uint32_t windowNumber) const { return m_windowNumber == windowNumber && !m_window.isEmpty(); }
+
+    // What the windows in `part` are together, and what the screen shows there: 0xXXRRGGBB.
+    void learn(const DeviceRect& part, std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen);
+
+    // Puts what the screen showed into the covered parts of `picture`, which shows `area`,
+    // as long as the composed value is still the one of then; else the composed value.
+    // Colours of all three are 0x00RRGGBB.
+    void recover(const DeviceRect& area, const Region& covered, std::span<const std::uint32_t> composed, std::span<std::uint32_t> picture) const;
+
+    void forget();
+
+private:
+    // What is known of one pixel; nothing while `screen` is `unknown`.
+    struct Pixel {
+        std::uint32_t composed = 0;
+        std::uint32_t screen = unknown;
+    };
+    static constexpr std::uint32_t unknown = 0xff000000;
+
+    void makeRoom(const DeviceRect& area);
+    void moveTo(const DeviceRect& window);
+    void growTo(const DeviceRect& window);
+    template <typename Use> void forEachPixel(const DeviceRect& part, Use&& use) const;
+
+    std::uint32_t m_windowNumber = 0;
+    DeviceRect m_window;
+    std::vector<Pixel> m_pixels;  // the screen's pixel (x, y) at (x mod width, y mod height)
+    Region m_entered;
+};
+
+}  // namespace Platform::X11

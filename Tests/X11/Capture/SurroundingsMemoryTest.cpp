@@ -1,0 +1,131 @@
+#include "Platform/X11/Capture/SurroundingsMemory.h"
+
+#include <gtest/gtest.h>
+
+namespace CaptureTests {
+namespace {
+
+using namespace Platform::X11;
+using Pixels = std::vector<std::uint32_t>;
+
+constexpr std::uint32_t number = 1;
+
+class SurroundingsMemory : public testing::Test {
+protected:
+    // Every pixel of the part is composed as its place says; the screen shows that and `tint`.
+    static std::uint32_t composedAt(int x, int y) { return static_cast<std::uint32_t>((x + 100) * 1000 + y + 100); }
+    static Pixels composed(const DeviceRect& part)
+    {
+        Pixels pixels;
+        for (int y = part.y; y < part.bottom(); ++y) {
+            for (int x = part.x; x < part.right(); ++x)
+                pixels.push_back(composedAt(x, y));
+        }
+        return pixels;
+    }
+    void learn(const DeviceRect& part, std::uint32_t tint)
+    {
+        const auto pixels = composed(part);
+        auto screen = pixels;
+        for (auto& pixel : screen)
+            pixel += tint;
+        m_memory.learn(part, pixels, screen);
+    }
+    // What is added to the composed value of the pixels of one row.
+    Pixels tintsOf(int x, int y, int width)
+    {
+        const DeviceRect area = {x, y, width, 1};
+        Region covered;
+        covered.add(area);
+        const auto pixels = composed(area);
+        Pixels picture(pixels.size(), 0x123456);
+        m_memory.recover(area, covered, pixels, picture);
+        for (std::size_t i = 0; i < picture.size(); ++i)
+            picture[i] -= pixels[i];
+        return picture;
+    }
+
+    Platform::X11::SurroundingsMemory m_memory;
+};
+
+TEST_F(SurroundingsMemory, RecoversWhatItLearned)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({1, 2, 3, 1}, 5);
+    EXPECT_EQ(tintsOf(0, 2, 6), (Pixels{0, 5, 5, 5, 0, 0}));
+    EXPECT_EQ(tintsOf(0, 3, 6), (Pixels{0, 0, 0, 0, 0, 0}));
+}
+
+TEST_F(SurroundingsMemory, KnowsWhichOverlayItFollows)
+{
+    EXPECT_FALSE(m_memory.follows(number));
+    m_memory.follow(number, {0, 0, 8, 8});
+    EXPECT_TRUE(m_memory.follows(number));
+    EXPECT_FALSE(m_memory.follows(number + 1));
+    learn({0, 0, 8, 8}, 5);
+    m_memory.follow(number + 1, {0, 0, 8, 8});
+    EXPECT_EQ(tintsOf(0, 0, 2), (Pixels{0, 0}));
+}
+
+TEST_F(SurroundingsMemory, ShowsTheComposedValueWhereItHasChanged)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({0, 0, 8, 8}, 5);
+    Region covered;
+    covered.add({0, 0, 3, 1});
+    Pixels picture(3);
+    m_memory.recover({0, 0, 3, 1}, covered, Pixels{composedAt(0, 0), 77, composedAt(2, 0)}, picture);
+    EXPECT_EQ(picture, (Pixels{composedAt(0, 0) + 5, 77, composedAt(2, 0) + 5}));
+    // A pixel that is as it was again shows what it did.
+    EXPECT_EQ(tintsOf(0, 0, 3), (Pixels{5, 5, 5}));
+}
+
+TEST_F(SurroundingsMemory, LeavesUncoveredPixelsAlone)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({0, 0, 8, 8}, 5);
+    Region covered;
+    covered.add({1, 0, 1, 1});
+    Pixels picture{9, 9, 9};
+    m_memory.recover({0, 0, 3, 1}, covered, composed({0, 0, 3, 1}), picture);
+    EXPECT_EQ(picture, (Pixels{9, composedAt(1, 0) + 5, 9}));
+}
+
+TEST_F(SurroundingsMemory, KeepsWhatItKnowsWhileTheOverlayMoves)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({0, 0, 8, 8}, 5);
+    for (int x = 1; x <= 6; ++x) {
+        m_memory.follow(number, {x, -x, 8, 8});
+        learn({x + 7, -x, 1, 8}, 5);
+        learn({x, -x, 7, 1}, 5);
+    }
+    EXPECT_EQ(tintsOf(6, -6, 8), Pixels(8, 5));
+    EXPECT_EQ(tintsOf(6, 1, 8), Pixels(8, 5));
+    // And a little of what it left: it may come back.
+    EXPECT_EQ(tintsOf(5, 1, 1), Pixels{5});
+}
+
+TEST_F(SurroundingsMemory, KnowsNothingOfAPlaceThatSharesItsMemory)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({0, 0, 8, 8}, 5);
+    m_memory.follow(number, {12, 0, 8, 8});  // 12 is the width of its window
+    EXPECT_EQ(tintsOf(12, 0, 8), Pixels(8, 0));
+    m_memory.follow(number, {-100, -50, 8, 8});
+    learn({-100, -50, 8, 8}, 3);
+    EXPECT_EQ(tintsOf(-100, -43, 8), Pixels(8, 3));
+}
+
+TEST_F(SurroundingsMemory, GrowsWithTheOverlay)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({0, 0, 8, 8}, 5);
+    m_memory.follow(number, {-4, -4, 16, 16});
+    EXPECT_EQ(tintsOf(-1, 7, 10), (Pixels{0, 5, 5, 5, 5, 5, 5, 5, 5, 0}));
+    learn({-4, -4, 16, 16}, 6);
+    EXPECT_EQ(tintsOf(-4, 11, 16), Pixels(16, 6));
+}
+
+}  // namespace
+}  // namespace CaptureTests
