@@ -130,6 +130,19 @@ INSTANTIATE_TEST_SUITE_P(Settings, PaintedLoupePicture,
     testing::Values(Setting{220, 1, 55}, Setting{220, 2, 55}, Setting{220, 1.5, 55}, Setting{120, 1, 3}, Setting{120, 2, 29}, Setting{400, 1, 399},
         Setting{130, 1.25, 31}, Setting{400, 3, 399}));
 
+// The circle ends at 161.25, before the middle of the pixel there.
+TEST(PaintedLoupePictureRim, ShowsTheSampleInAPixelThatItCoversInPart)
+{
+    Platform::QtShapePainter painter;
+    LoupePicture picture(painter);
+    picture.lay(130, 1.25);
+    Platform::Image white(3, 3);
+    std::fill(white.pixels().begin(), white.pixels().end(), 0xFFFFFFFF);
+    const auto pixel = picture.compose(&white).pixel(161, 80);
+    EXPECT_NEAR(pixel & 0xFF, 35, 3);
+    EXPECT_NEAR(pixel >> 24, 0x73 + 35, 4);
+}
+
 TEST(PaintedLoupePictureSizes, AreSurvivedHoweverOdd)
 {
     Platform::QtShapePainter painter;

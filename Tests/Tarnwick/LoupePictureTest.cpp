@@ -101,6 +101,8 @@ TEST_F(LoupePictureLayout, CoversAFractionOfAPixelWithAWholeOne)
     EXPECT_EQ(picture.image().width(), 163);
     EXPECT_EQ(picture.image().height(), 198);
     EXPECT_EQ(picture.size(), (Platform::Size{130.4, 158.4}));
+    picture.lay(130.2, 1);
+    EXPECT_EQ(picture.size(), (Platform::Size{131, 159}));
 }
 
 TEST_F(LoupePictureLayout, CutsACapsuleThatIsWiderThanTheCircle)
