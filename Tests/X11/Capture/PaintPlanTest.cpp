@@ -104,6 +104,32 @@ TEST_F(PaintPlan, TakesTheOpacityWithACompositorOnly)
     EXPECT_EQ(m_steps[0].alpha, 0xff);
 }
 
+TEST_F(PaintPlan, CutsTheOpacityToEightBitsWithoutRounding)
+{
+    auto& window = add(low, {0, 0, 100, 100});
+    const auto alphaOf = [&](std::uint32_t opacity) {
+        window.opacity = opacity;
+        plan({0, 5, 10, 1}, true);
+        return int{m_steps[0].alpha};
+    };
+    EXPECT_EQ(alphaOf(0x80000000), 127);
+    EXPECT_EQ(alphaOf(0x80808080), 128);
+    EXPECT_EQ(alphaOf(0xfffffffe), 254);
+    EXPECT_EQ(alphaOf(0xffffffff), 255);
+    EXPECT_EQ(alphaOf(0x01010100), 0);
+}
+
+TEST_F(PaintPlan, IsAnotherOneWithAnotherRootBackground)
+{
+    plan({0, 5, 10, 1});
+    const auto former = m_steps;
+    plan({0, 5, 10, 1});
+    EXPECT_EQ(m_steps, former);
+    m_model.countRootBackground();
+    plan({0, 5, 10, 1});
+    EXPECT_NE(m_steps, former);
+}
+
 TEST_F(PaintPlan, KeepsToTheShapeOfAWindow)
 {
     auto& window = add(low, {10, 10, 40, 40});

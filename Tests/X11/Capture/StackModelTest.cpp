@@ -154,6 +154,34 @@ TEST_F(StackModel, KeepsTheContentsWhenAWindowMovesOrIsRestacked)
     EXPECT_EQ(m_model.find(a)->frame, (DeviceRect{50, 60, 10, 10}));
 }
 
+TEST_F(StackModel, CountsMovesAndRestacksAsChangesButNotTheirRepetition)
+{
+    createThree();
+    const auto isCounted = [this](auto&&... arguments) {
+        const auto before = m_model.generation();
+        const bool isChanged = configure(arguments...);
+        EXPECT_EQ(isChanged, m_model.generation() != before);
+        return isChanged;
+    };
+    EXPECT_TRUE(isCounted(b, a, DeviceRect{1, 0, 10, 10}));
+    EXPECT_FALSE(isCounted(b, a, DeviceRect{1, 0, 10, 10}));
+    EXPECT_TRUE(isCounted(b, c, DeviceRect{1, 0, 10, 10}));
+    EXPECT_FALSE(isCounted(b, c, DeviceRect{1, 0, 10, 10}));
+    EXPECT_TRUE(isCounted(b, c, DeviceRect{1, 0, 10, 11}));
+}
+
+TEST_F(StackModel, BelievesNoEventsThatAClientSent)
+{
+    createThree();
+    map(a);
+    xcb_unmap_notify_event_t event{};
+    event.window = a;
+    EXPECT_FALSE(send(XCB_UNMAP_NOTIFY | 0x80, event));
+    EXPECT_TRUE(m_model.find(a)->isMapped);
+    EXPECT_TRUE(send(XCB_UNMAP_NOTIFY, event));
+    EXPECT_FALSE(m_model.find(a)->isMapped);
+}
+
 TEST_F(StackModel, NamesNewContentsAfterResizeBorderMapAndUnmap)
 {
     create(a);
@@ -218,8 +246,11 @@ TEST_F(StackModel, IsBrokenByAnUnknownSibling)
     createThree();
     configure(a, 0x7fffff);
     EXPECT_TRUE(m_model.isBroken());
+    const auto before = m_model.generation();
     m_model.clear();
     EXPECT_FALSE(m_model.isBroken());
+    EXPECT_TRUE(order().empty());
+    EXPECT_NE(m_model.generation(), before);
 }
 
 TEST_F(StackModel, AsksAgainForOpacityAndShapeWhenTheyChange)

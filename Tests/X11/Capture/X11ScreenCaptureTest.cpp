@@ -216,6 +216,15 @@ TEST_F(X11ScreenCapture, ListensAndRedirectsOnlyWhileActive)
     EXPECT_EQ(eventsOf(window), 0U);
 }
 
+TEST_F(X11ScreenCapture, LeavesNothingOfACaptureWhileInactive)
+{
+    auto& c = m_desktop.connection();
+    const auto window = m_desktop.makeMappedWindow({.inner = {0, 0, 50, 50}, .colour = 0x00ff00});
+    EXPECT_EQ(coloursOf(capture({0, 0, 20, 20})), (Colours{0xff00ff00}));
+    const auto hasPixmap = [&] { return !adopt(xcb_request_check(c, xcb_composite_name_window_pixmap_checked(c, window, c.newId()))); };
+    EXPECT_TRUE(TestSupport::waitUntil([&] { return !hasPixmap(); }));
+}
+
 TEST_F(X11ScreenCapture, MayBeActivatedTwice)
 {
     m_capture->activate();

@@ -12,13 +12,17 @@ namespace {
 // The three highest bits of an identifier are always zero.
 constexpr std::uint32_t identifierBits = 0x1fffffff;
 
+constexpr std::uint8_t sentEvent = 0x80;
+
 template <typename T> const T& as(const xcb_generic_event_t& event) { return reinterpret_cast<const T&>(event); }
 
 }  // namespace
 
 bool StackModel::handle(const xcb_generic_event_t& event)
 {
-    const bool isChanged = dispatch(event);
+    // What a client sends is what it wants others to believe, not what the server did.
+    const bool isSent = (event.response_type & sentEvent) != 0;
+    const bool isChanged = !isSent && dispatch(event);
     m_generation += isChanged ? 1 : 0;
     return isChanged;
 }

@@ -1,0 +1,185 @@
+#include "Platform/X11/Capture/Painter.h"
+
+#include <gtest/gtest.h>
+#include <xcb/composite.h>
+
+#include "Platform/X11/Capture/ImageReader.h"
+#include "Support/PrivateServer.h"
+#include "X11/Capture/Desktop.h"
+
+namespace CaptureTests {
+namespace {
+
+using namespace Platform::X11;
+
+class Painter : public testing::Test {
+protected:
+    Painter() { xcb_composite_redirect_subwindows(m_c, m_c.root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC); }
+
+    // The whole window, whose corner is that of the area.
+    PaintStep stepFor(xcb_window_t window, const DeviceRect& area = {0, 0, 10, 10}) const
+    {
+        PaintStep step;
+        step.window = window;
+        step.contents = 1;
+        step.visual = m_c.screen().root_visual;
+        step.depth = m_c.screen().root_depth;
+        step.area = area;
+        return step;
+    }
+    static PaintStep withAlpha(PaintStep step, std::uint8_t alpha)
+    {
+        step.alpha = alpha;
+        step.isBlended = alpha != 0xff;
+        return step;
+    }
+
+    xcb_window_t window(std::uint32_t colour) { return m_desktop.makeMappedWindow({.inner = {0, 0, 10, 10}, .colour = colour}); }
+
+    // Of the first pixel, once errors have come in.
+    std::uint32_t paint(const std::vector<PaintStep>& steps)
+    {
+        m_desktop.sync();
+        m_painter.begin();
+        m_images.begin();
+        m_images.add(m_painter.paint(steps, steps[0].area, m_root), {0, 0, 1, 1});
+        EXPECT_TRUE(m_images.read());
+        takeEvents();
+        return m_images.pixels(0)[0] & 0xffffff;
+    }
+
+    void takeEvents()
+    {
+        while (const auto event = Event(xcb_poll_for_event(m_c))) {
+            if (event->response_type == 0)
+                m_painter.failed(reinterpret_cast<const xcb_generic_error_t&>(*event));
+            else
+                ++m_eventCount;
+        }
+    }
+
+    TestSupport::PrivateServer m_server{"320x200x24"};
+    Desktop m_desktop{m_server.displayName()};
+    std::unique_ptr<CaptureServer> m_captureServer = CaptureServer::open(m_server.displayName());
+    Connection& m_c = m_captureServer->connection();
+    Platform::X11::Painter m_painter{*m_captureServer};
+    ImageReader m_images{*m_captureServer};
+    RootLook m_root{m_desktop.screen(), 1, false, XCB_NONE};
+    int m_eventCount = 0;
+};
+
+TEST_F(Painter, PaintsTheFirstStepAboveTheOthers)
+{
+    const auto red = window(0xff0000);
+    const auto blue = window(0x0000ff);
+    EXPECT_EQ(paint({stepFor(red), stepFor(blue)}), 0xff0000U);
+    EXPECT_EQ(paint({stepFor(blue), stepFor(red)}), 0x0000ffU);
+}
+
+TEST_F(Painter, BlendsByTheOpacityOfTheMoment)
+{
+    const auto red = window(0xff0000);
+    const auto blue = window(0x0000ff);
+    EXPECT_EQ(paint({withAlpha(stepFor(red), 0xc0), stepFor(blue)}), 0xc0003fU);
+    EXPECT_EQ(paint({withAlpha(stepFor(red), 0x40), stepFor(blue)}), 0x4000bfU);
+    EXPECT_EQ(paint({withAlpha(stepFor(red), 0x00), stepFor(blue)}), 0x0000ffU);
+    EXPECT_EQ(paint({withAlpha(stepFor(red), 0xff), stepFor(blue)}), 0xff0000U);
+    EXPECT_EQ(paint({withAlpha(stepFor(red), 0xfe), stepFor(blue)}), 0xfe0001U);
+}
+
+TEST_F(Painter, PaintsAreasOfOneSizeSideBySide)
+{
+    const auto red = stepFor(window(0xff0000));
+    const auto blue = stepFor(window(0x0000ff));
+    m_desktop.sync();
+    for (int i = 0; i < 2; ++i) {
+        m_painter.begin();
+        m_images.begin();
+        m_images.add(m_painter.paint({&red, 1}, red.area, m_root), {0, 0, 10, 10});
+        m_images.add(m_painter.paint({&blue, 1}, blue.area, m_root), {0, 0, 10, 10});
+        ASSERT_TRUE(m_images.read());
+        EXPECT_EQ(m_images.pixels(0)[99] & 0xffffff, 0xff0000U);
+        EXPECT_EQ(m_images.pixels(1)[0] & 0xffffff, 0x0000ffU);
+    }
+}
+
+TEST_F(Painter, TellsWhichWindowsCouldNotBePaintedAndTriesThemAgain)
+{
+    const auto shown = stepFor(window(0xff0000));
+    const auto hidden = m_desktop.makeWindow({.inner = {0, 0, 10, 10}, .colour = 0x0000ff});
+    const auto step = stepFor(hidden);
+    paint({shown, step});
+    EXPECT_FALSE(m_painter.hasFailed({&shown, 1}));
+    EXPECT_TRUE(m_painter.hasFailed({&step, 1}));
+    EXPECT_TRUE(m_painter.hasFailed(std::vector<PaintStep>{shown, step}));
+    m_desktop.map(hidden);
+    EXPECT_EQ(paint({step, shown}), 0x0000ffU);
+    EXPECT_FALSE(m_painter.hasFailed(std::vector<PaintStep>{shown, step}));
+}
+
+TEST_F(Painter, NamesThePixmapAnewForNewContents)
+{
+    const auto id = window(0xff0000);
+    auto step = stepFor(id, {0, 0, 20, 10});
+    EXPECT_EQ(paint({step}), 0xff0000U);
+    // From now on its pixmap is another one.
+    m_desktop.resize(id, 20, 10);
+    Image green(1, 1);
+    green.pixels()[0] = 0x00ff00;
+    m_desktop.setPatternBackground(id, green, false);
+    step.contents = 2;
+    EXPECT_EQ(paint({step}), 0x00ff00U);
+}
+
+// Each would be a message to read at every capture.
+TEST_F(Painter, HearsNothingOfCopiesThatReachBeyondAWindow)
+{
+    const auto step = stepFor(window(0xff0000), {0, 0, 30, 30});
+    EXPECT_EQ(paint({step}), 0xff0000U);
+    EXPECT_EQ(m_eventCount, 0);
+}
+
+class ImageReaderTest : public testing::TestWithParam<bool> {
+protected:
+    TestSupport::PrivateServer m_server{"320x200x24", GetParam() ? std::vector<std::string>() : std::vector<std::string>{"-extension", "MIT-SHM"}};
+    Desktop m_desktop{m_server.displayName()};
+    std::unique_ptr<CaptureServer> m_captureServer = CaptureServer::open(m_server.displayName());
+    ImageReader m_images{*m_captureServer};
+};
+
+INSTANTIATE_TEST_SUITE_P(SharedMemory, ImageReaderTest, testing::Bool(), [](const auto& parameter) { return parameter.param ? "with" : "without"; });
+
+TEST_P(ImageReaderTest, ReadsMoreAndLessAtATime)
+{
+    m_desktop.makeMappedWindow({.inner = {0, 0, 320, 100}, .colour = 0x00ff00});
+    m_desktop.makeMappedWindow({.inner = {0, 100, 320, 100}, .colour = 0x0000ff});
+    m_desktop.sync();
+    const auto root = m_captureServer->connection().root();
+    for (const DeviceRect area : {DeviceRect{0, 0, 5, 5}, {0, 0, 320, 100}, {0, 0, 3, 3}, {10, 10, 310, 90}}) {
+        m_images.begin();
+        const auto upper = m_images.add(root, area);
+        const auto lower = m_images.add(root, {area.x, area.y + 100, area.width, area.height});
+        ASSERT_TRUE(m_images.read());
+        ASSERT_EQ(m_images.pixels(upper).size(), static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height));
+        for (const auto pixel : m_images.pixels(upper))
+            ASSERT_EQ(pixel & 0xffffff, 0x00ff00U);
+        for (const auto pixel : m_images.pixels(lower))
+            ASSERT_EQ(pixel & 0xffffff, 0x0000ffU);
+    }
+}
+
+TEST_P(ImageReaderTest, SaysWhenTheServerRefusesOneOfThem)
+{
+    const auto root = m_captureServer->connection().root();
+    for (const bool isFirst : {true, false}) {
+        m_images.begin();
+        m_images.add(root, isFirst ? DeviceRect{310, 0, 50, 10} : DeviceRect{0, 0, 50, 10});
+        m_images.add(root, isFirst ? DeviceRect{0, 0, 50, 10} : DeviceRect{310, 0, 50, 10});
+        EXPECT_FALSE(m_images.read());
+    }
+    m_images.begin();
+    EXPECT_TRUE(m_images.read());
+}
+
+}  // namespace
+}  // namespace CaptureTests
