@@ -113,7 +113,7 @@ TEST(JsonUserDefaults, SurvivesKillsInTheMiddleOfAThousandWrites)
 TEST(JsonUserDefaults, LosesNothingWhenTwoProcessesWriteAtOnce)
 {
     const SettingsFolder settings;
-    constexpr int keys = 250;
+    constexpr int keys = 100;
     const auto writeKeys = [&](const std::string& prefix) {
         JsonUserDefaults defaults(settings.file);
         for (int i = 0; i < keys; ++i)
@@ -127,12 +127,12 @@ TEST(JsonUserDefaults, LosesNothingWhenTwoProcessesWriteAtOnce)
         const auto count = defaults.dictionaryRepresentation().size();
         EXPECT_GE(count, seen);
         seen = count;
-        return count == 500;
+        return count == 200;
     };
     EXPECT_TRUE(TestSupport::waitUntil(bothAreDone, std::chrono::seconds(120)));
     EXPECT_TRUE(one.wait());
     EXPECT_TRUE(other.wait());
-    EXPECT_EQ(defaults.dictionaryRepresentation().size(), 500U);
+    EXPECT_EQ(defaults.dictionaryRepresentation().size(), 200U);
     EXPECT_TRUE(settings.corruptCopies().empty());
 }
 

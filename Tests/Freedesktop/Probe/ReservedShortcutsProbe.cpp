@@ -1,7 +1,8 @@
 // Prints the running desktop's reserved shortcuts, one "key code, modifiers" a line, then
 // how long the quickest of COUNT questions took and how many file descriptors all but the
-// first left open. Ends when standard input does.
-//     reserved_shortcuts_probe [COUNT]
+// first left open. Ends when standard input does. PATIENCE is in milliseconds; without it,
+// the program's own counts.
+//     reserved_shortcuts_probe [COUNT [PATIENCE]]
 // Or owns a name on the session bus and never answers anybody (it stops itself):
 //     reserved_shortcuts_probe mute NAME
 #include <gio/gio.h>
@@ -14,6 +15,7 @@
 #include <filesystem>
 #include <iterator>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Platform/Freedesktop/DesktopReservedShortcuts.h"
@@ -37,9 +39,9 @@ long openDescriptors()
     return std::distance(begin(descriptors), end(descriptors));
 }
 
-void printShortcuts(int count)
+void printShortcuts(int count, Platform::Freedesktop::DesktopReservedShortcuts::Options options)
 {
-    Platform::Freedesktop::DesktopReservedShortcuts shortcuts;
+    Platform::Freedesktop::DesktopReservedShortcuts shortcuts(std::move(options));
     std::vector<Platform::SymbolicHotKey> found;
     auto quickest = std::chrono::steady_clock::duration::max();
     long afterTheFirst = 0;
@@ -61,8 +63,12 @@ void printShortcuts(int count)
 
 int main(int argumentCount, char** arguments)
 {
-    if (argumentCount == 3 && std::string_view(arguments[1]) == "mute")
+    if (argumentCount == 3 && std::string_view(arguments[1]) == "mute") {
         ownNameAndStop(arguments[2]);
-    else
-        printShortcuts(argumentCount > 1 ? std::atoi(arguments[1]) : 1);
+        return EXIT_SUCCESS;
+    }
+    Platform::Freedesktop::DesktopReservedShortcuts::Options options;
+    if (argumentCount > 2)
+        options.patience = std::chrono::milliseconds(std::atoi(arguments[2]));
+    printShortcuts(argumentCount > 1 ? std::atoi(arguments[1]) : 1, std::move(options));
 }
