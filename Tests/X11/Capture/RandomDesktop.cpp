@@ -89,6 +89,19 @@ DeviceRect RandomDesktop::randomFrame()
     return {random(-80, screen.width - 10), random(-60, screen.height - 10), random(1, screen.width / 2), random(1, screen.height / 2)};
 }
 
+// Compositors do not paint a window of which the border alone reaches the screen from the
+// left or from above. True when such a window was put elsewhere.
+bool RandomDesktop::keepOutOfDoubt(ModelWindow& window) const
+{
+    auto& r = window.inner;
+    const bool isInDoubt = m_model.blends && window.border > 0 && (r.x + r.width < 1 || r.y + r.height < 1);
+    if (isInDoubt) {
+        r.x = std::max(r.x, 0);
+        r.y = std::max(r.y, 0);
+    }
+    return isInDoubt;
+}
+
 // A foreign one; makes one when there is none.
 ModelWindow& RandomDesktop::randomWindow()
 {
@@ -108,6 +121,7 @@ void RandomDesktop::make()
     ModelWindow window;
     window.inner = randomFrame();
     window.border = random(0, 2) == 0 ? random(1, 7) : 0;
+    keepOutOfDoubt(window);
     window.isArgb = random(0, 2) == 0;
     window.borderColour = randomColour(window.isArgb);
     window.tile = randomTile(window.isArgb);
@@ -134,7 +148,8 @@ void RandomDesktop::move()
     const auto frame = randomFrame();
     window.inner.x = frame.x;
     window.inner.y = frame.y;
-    m_desktop.move(window.id, frame.x, frame.y);
+    keepOutOfDoubt(window);
+    m_desktop.move(window.id, window.inner.x, window.inner.y);
     note("move", window.id);
 }
 
@@ -145,6 +160,8 @@ void RandomDesktop::resize()
     const auto frame = randomFrame();
     window.inner.width = frame.width;
     window.inner.height = frame.height;
+    if (keepOutOfDoubt(window))
+        m_desktop.move(window.id, window.inner.x, window.inner.y);
     m_desktop.resize(window.id, frame.width, frame.height);
     note("resize", window.id);
 }

@@ -37,6 +37,7 @@ private:
     std::uint32_t randomColour(bool isArgb);
     Image randomTile(bool isArgb);
     DeviceRect randomFrame();
+    bool keepOutOfDoubt(ModelWindow&) const;
     ModelWindow& randomWindow();
     void changeOnce();
     void make();
