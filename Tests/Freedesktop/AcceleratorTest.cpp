@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
+#include <ostream>
+
 namespace Platform::Freedesktop {
 namespace {
 
@@ -11,6 +13,8 @@ struct AcceleratorCase {
     std::uint32_t keysym;
     std::uint32_t carbonModifiers;
 };
+
+void PrintTo(const AcceleratorCase& each, std::ostream* stream) { *stream << each.text; }
 
 class AcceleratorTexts : public testing::TestWithParam<AcceleratorCase> { };
 
@@ -55,6 +59,8 @@ struct QtCase {
     std::uint32_t keysym;
     std::uint32_t carbonModifiers;
 };
+
+void PrintTo(const QtCase& each, std::ostream* stream) { *stream << "0x" << std::hex << each.combination << std::dec; }
 
 class QtKeys : public testing::TestWithParam<QtCase> { };
 
