@@ -26,7 +26,8 @@ protected:
         Platform::Image image(side, side);
         for (int y = 0; y < side; ++y) {
             for (int x = 0; x < side; ++x)
-                image.pixels()[static_cast<std::size_t>(y * side + x)] = (x + y) % 2 == 0 ? 0xFF204080 : 0xFFF0E010;
+                image.pixels()[static_cast<std::size_t>(y) * static_cast<std::size_t>(side) + static_cast<std::size_t>(x)] =
+                    (x + y) % 2 == 0 ? 0xFF204080 : 0xFFF0E010;
         }
         return image;
     }

@@ -32,7 +32,7 @@ protected:
         loupe = std::make_unique<LoupeOverlayWindow>(fake.system, fake.shapePainter, [this] { ++dismissals; });
     }
 
-    void openWith(std::optional<DefaultsValue> diameter, std::optional<DefaultsValue> zoom)
+    void openWith(const std::optional<DefaultsValue>& diameter, const std::optional<DefaultsValue>& zoom)
     {
         if (diameter)
             fake.userDefaults.values()["loupe.diameter"] = *diameter;
@@ -49,7 +49,7 @@ protected:
     TestSupport::FakeOverlayWindow& window() { return fake.overlayWindows.last(); }
     const TestSupport::FakeScreenCapture::Request& lastCapture() { return fake.screenCapture.requests().back(); }
     double sampleSide() { return lastCapture().rectangles[0].width; }
-    double sampleSideOf(std::optional<DefaultsValue> diameter, std::optional<DefaultsValue> zoom)
+    double sampleSideOf(double diameter, double zoom)
     {
         openWith(diameter, zoom);
         return sampleSide();

@@ -12,7 +12,6 @@ namespace Tarnwick {
 namespace {
 
 using Platform::Image;
-using Platform::Rect;
 using Lines = std::vector<std::string>;
 
 constexpr std::uint32_t backdrop = 0x26000000;
@@ -29,10 +28,10 @@ Image imageOf(int width, std::vector<std::uint32_t> pixels)
 Image numbered(int width, int height)
 {
     Image image(width, height);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x)
-            image.pixels()[static_cast<std::size_t>(y * width + x)] =
-                0xFF000000U | static_cast<std::uint32_t>(x) << 12 | static_cast<std::uint32_t>(y);
+    auto pixel = image.pixels().begin();
+    for (std::uint32_t y = 0; y < static_cast<std::uint32_t>(height); ++y) {
+        for (std::uint32_t x = 0; x < static_cast<std::uint32_t>(width); ++x)
+            *pixel++ = 0xFF000000U | x << 12 | y;
     }
     return image;
 }
@@ -333,16 +332,18 @@ protected:
 // whose edges are the first ones whose centres lie past it.
 TEST_P(LoupePictureMagnification, ShowsEveryCapturedPixelWhereItBelongs)
 {
-    const auto [diameter, side, scale] = GetParam();
-    const int count = side * scale;
+    const int diameter = GetParam().diameter;
+    const int scale = GetParam().scale;
+    const int count = GetParam().side * scale;
     const auto sample = numbered(count, count);
     picture.lay(diameter, scale);
     const auto& image = picture.compose(&sample);
-    const long circle = static_cast<long>(diameter - 2) * scale;
-    const auto edge = [&](long index) { return static_cast<int>(scale + (2 * index * circle + count) / (2 * count)); };
+    const long circle = (diameter - 2L) * scale;
+    const auto edge = [&](long index) { return static_cast<int>(scale + (2 * index * circle + count - 1) / (2L * count)); };
     const int lineFirst = (diameter * scale - scale + 1) / 2;
     const auto isOnLine = [&](int position) { return position >= lineFirst && position < lineFirst + scale; };
-    const long innerReach = static_cast<long>((diameter - 4) * scale) * ((diameter - 4) * scale);
+    const long innerSide = (diameter - 4L) * scale;
+    const long innerReach = innerSide * innerSide;
 
     int seen = 0;
     for (int row = 0; row < count; ++row) {
@@ -359,7 +360,7 @@ TEST_P(LoupePictureMagnification, ShowsEveryCapturedPixelWhereItBelongs)
             }
         }
     }
-    const double radius = (diameter - 4) * scale / 2.0;
+    const double radius = static_cast<double>(innerSide) / 2;
     EXPECT_NEAR(seen, 3.14159 * radius * radius, 4 * radius);
 }
 
