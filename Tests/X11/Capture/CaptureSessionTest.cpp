@@ -89,6 +89,39 @@ protected:
         m_desktop.sync();
     }
 
+    // As a window manager is known.
+    static void manageWindows(Desktop& desktop)
+    {
+        auto& c = desktop.connection();
+        const auto window = desktop.makeInputOnlyWindow({-9, -9, 1, 1});
+        xcb_change_property(c, XCB_PROP_MODE_REPLACE, c.root(), c.atom("_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, 32, 1, &window);
+        desktop.sync();
+    }
+
+    // A red client of half opacity in so many frames, one in the other, on blue.
+    xcb_window_t showFramedClient(int frames, std::uint32_t opacity = 0x80000000)
+    {
+        auto& c = m_desktop.connection();
+        m_desktop.makeMappedWindow({.inner = {0, 0, 320, 200}, .colour = 0x0000ff});
+        const auto client = m_desktop.makeMappedWindow({.inner = {0, 0, 50, 50}, .colour = 0xff0000});
+        auto inner = client;
+        for (int i = 0; i < frames; ++i) {
+            m_frame = m_desktop.makeWindow({.inner = {0, 0, 50, 50}, .colour = 0xff0000});
+            const auto decoration = m_desktop.makeMappedWindow({.inner = {0, 0, 10, 3}, .colour = 0xff0000});
+            xcb_reparent_window(c, decoration, m_frame, 0, 0);
+            xcb_reparent_window(c, inner, m_frame, 0, 0);
+            inner = m_frame;
+            m_desktop.map(m_frame);
+        }
+        const std::uint32_t state[] = {1, 0};
+        xcb_change_property(c, XCB_PROP_MODE_REPLACE, client, c.atom("WM_STATE"), c.atom("WM_STATE"), 32, 2, state);
+        m_desktop.setOpacity(client, opacity);
+        showOverlay(1, {0, 0, 320, 100});
+        return client;
+    }
+    Colours coloursThere() { return coloursOf(captureSettled({20, 20, 5, 5})); }
+
+    xcb_window_t m_frame = XCB_WINDOW_NONE;  // the outermost
     std::unique_ptr<CaptureServer> m_captureServer = CaptureServer::open(m_server.displayName());
     std::unique_ptr<Platform::X11::CaptureSession> m_session;
 
@@ -297,6 +330,88 @@ TEST_F(CaptureSession, TakesAWindowWithoutOpacityForOpaque)
     EXPECT_EQ(coloursOf(captureSettled({10, 10, 5, 5})), (Colours{0xffc0003f}));
     xcb_delete_property(c, window, c.atom("_NET_WM_WINDOW_OPACITY"));
     EXPECT_EQ(coloursOf(captureSettled({10, 10, 5, 5})), (Colours{0xffff0000}));
+}
+
+TEST_F(CaptureSession, TakesTheOpacityOfTheClientInAFrameWhereTheCompositorManagesWindows)
+{
+    takeCompositorSelection();
+    manageWindows(m_desktop);
+    const auto client = showFramedClient(1);
+    start();
+    EXPECT_EQ(coloursThere(), (Colours{0xff7f0080}));
+    const auto before = m_captureServer->roundTrips();
+    EXPECT_EQ(coloursThere(), (Colours{0xff7f0080}));
+    EXPECT_EQ(m_captureServer->roundTrips() - before, 1U);
+    m_desktop.setOpacity(client, 0xc0c0c0c0);
+    EXPECT_EQ(coloursThere(), (Colours{0xffc0003f}));
+    EXPECT_EQ(m_captureServer->roundTrips() - before, 3U);
+    xcb_delete_property(m_desktop.connection(), client, m_desktop.connection().atom("_NET_WM_WINDOW_OPACITY"));
+    EXPECT_EQ(coloursThere(), (Colours{0xffff0000}));
+}
+
+TEST_F(CaptureSession, FindsAClientInsideAWrapper)
+{
+    takeCompositorSelection();
+    manageWindows(m_desktop);
+    start();
+    const auto client = showFramedClient(2);
+    EXPECT_EQ(coloursThere(), (Colours{0xff7f0080}));
+    m_desktop.setOpacity(client, 0xc0c0c0c0);
+    EXPECT_EQ(coloursThere(), (Colours{0xffc0003f}));
+}
+
+TEST_F(CaptureSession, PrefersTheOpacityOfTheFrame)
+{
+    takeCompositorSelection();
+    manageWindows(m_desktop);
+    showFramedClient(1);
+    start();
+    EXPECT_EQ(coloursThere(), (Colours{0xff7f0080}));
+    m_desktop.setOpacity(m_frame, 0xc0c0c0c0);
+    EXPECT_EQ(coloursThere(), (Colours{0xffc0003f}));
+    xcb_delete_property(m_desktop.connection(), m_frame, m_desktop.connection().atom("_NET_WM_WINDOW_OPACITY"));
+    EXPECT_EQ(coloursThere(), (Colours{0xff7f0080}));
+}
+
+TEST_F(CaptureSession, LooksForClientsOnceTheirFrameIsMapped)
+{
+    takeCompositorSelection();
+    manageWindows(m_desktop);
+    showFramedClient(1);
+    m_desktop.unmap(m_frame);
+    m_desktop.sync();
+    start();
+    EXPECT_EQ(coloursThere(), (Colours{0xff0000ff}));
+    m_desktop.map(m_frame);
+    EXPECT_EQ(coloursThere(), (Colours{0xff7f0080}));
+}
+
+TEST_F(CaptureSession, TakesTheFrameAloneWhereAnotherProgramComposites)
+{
+    Desktop manager(m_server.displayName());
+    takeCompositorSelection();
+    manageWindows(manager);
+    showFramedClient(1);
+    start();
+    EXPECT_EQ(coloursThere(), (Colours{0xffff0000}));
+    // Until the compositor takes over the windows.
+    manageWindows(m_desktop);
+    EXPECT_EQ(coloursThere(), (Colours{0xff7f0080}));
+    manageWindows(manager);
+    EXPECT_EQ(coloursThere(), (Colours{0xffff0000}));
+}
+
+TEST_F(CaptureSession, ListensToNoClientAtItsEnd)
+{
+    takeCompositorSelection();
+    manageWindows(m_desktop);
+    showFramedClient(2);
+    m_desktop.sync();
+    const auto before = resources();
+    start();
+    EXPECT_EQ(coloursThere(), (Colours{0xff7f0080}));
+    m_session.reset();
+    EXPECT_EQ(resources(), before);
 }
 
 }  // namespace

@@ -16,6 +16,11 @@ using namespace std::chrono_literals;
 
 class ManagedWindowsCapture : public CaptureSetting {
 protected:
+    explicit ManagedWindowsCapture(TestSupport::WindowManagerKind kind = TestSupport::WindowManagerKind::openboxWithPicom)
+        : m_windowManager(m_server, kind, m_home.path())
+    {
+    }
+
     void SetUp() override
     {
         CaptureSetting::SetUp();
@@ -82,7 +87,7 @@ protected:
     }
 
     TestSupport::TemporaryFolder m_home;
-    TestSupport::WindowManager m_windowManager{m_server, TestSupport::WindowManagerKind::openboxWithPicom, m_home.path()};
+    TestSupport::WindowManager m_windowManager;
     xcb_window_t m_overlay = XCB_WINDOW_NONE;
 };
 
@@ -101,6 +106,42 @@ TEST_F(ManagedWindowsCapture, TakesAFrameWithoutOpacityForOpaque)
     showClient(0xffffffff);
     expectTheScreenBeneath();
     EXPECT_EQ(captured().pixel(130, 120), 0xffff0000);
+}
+
+// These draw shadows and place windows as they like: the middle of the client says enough.
+class SelfCompositingManager : public ManagedWindowsCapture, public testing::WithParamInterface<TestSupport::WindowManagerKind> {
+protected:
+    SelfCompositingManager() : ManagedWindowsCapture(GetParam()) { }
+
+    DevicePoint middleOf(xcb_window_t client)
+    {
+        auto& c = m_desktop.connection();
+        const auto place = adopt(xcb_translate_coordinates_reply(c, xcb_translate_coordinates(c, client, c.root(), 75, 45), nullptr));
+        return {place->dst_x, place->dst_y};
+    }
+
+    bool waitForColour(xcb_window_t client, std::uint32_t colour)
+    {
+        const auto shows = [&] {
+            const auto middle = middleOf(client);
+            return captured().pixel(middle.x, middle.y) == colour && screenBeneath().pixel(middle.x, middle.y) == colour;
+        };
+        return TestSupport::waitUntil(shows, 20s);
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Xfwm4, SelfCompositingManager, testing::Values(TestSupport::WindowManagerKind::xfwm4WithCompositor),
+    [](const auto& parameter) { return nameOf(parameter.param); });
+
+TEST_P(SelfCompositingManager, ShowsTheOpacityOfTheClientThatItsFrameHasNot)
+{
+    const auto client = showClient(0x80000000);
+    EXPECT_TRUE(waitForColour(client, 0xff7f0080));
+    m_desktop.setOpacity(client, 0xc0c0c0c0);
+    EXPECT_TRUE(waitForColour(client, 0xffc0003f));
+    auto& c = m_desktop.connection();
+    xcb_delete_property(c, client, c.atom("_NET_WM_WINDOW_OPACITY"));
+    EXPECT_TRUE(waitForColour(client, 0xffff0000));
 }
 
 }  // namespace

@@ -78,6 +78,18 @@ ToplevelWindow* StackModel::find(xcb_window_t id)
     return index < m_windows.size() ? &m_windows[index] : nullptr;
 }
 
+ToplevelWindow* StackModel::findByClient(xcb_window_t client)
+{
+    const auto found = std::find_if(m_windows.begin(), m_windows.end(), [client](const ToplevelWindow& window) { return window.client == client; });
+    return found != m_windows.end() ? &*found : nullptr;
+}
+
+void StackModel::doubtOpacity()
+{
+    for (auto& window : m_windows)
+        window.needsOpacity = true;
+}
+
 void StackModel::clear()
 {
     m_windows.clear();
@@ -229,7 +241,11 @@ bool StackModel::propertyChanged(const xcb_property_notify_event_t& event)
         m_rootBackground += isWallpaper ? 1 : 0;
         return isWallpaper;
     }
-    auto* window = event.atom == m_identifiers.opacity ? find(event.window) : nullptr;
+    if (event.atom != m_identifiers.opacity)
+        return false;
+    auto* window = find(event.window);
+    if (window == nullptr)
+        window = findByClient(event.window);
     if (window == nullptr)
         return false;
     window->needsOpacity = true;

@@ -32,6 +32,7 @@ struct ToplevelWindow {
     bool isShaped = false;
     std::vector<DeviceRect> shape;  // relative to the corner inside the border
     std::uint32_t opacity = fullOpacity;
+    xcb_window_t client = XCB_WINDOW_NONE;  // the window in this frame whose opacity is told of too
 
     bool needsAttributes = true;
     bool needsShape = true;
@@ -76,6 +77,8 @@ public:
     std::span<ToplevelWindow> windows() { return m_windows; }
     ToplevelWindow* find(xcb_window_t);
     const ToplevelWindow* find(xcb_window_t id) const { return const_cast<StackModel*>(this)->find(id); }
+    // The opacity of all windows is to be learnt again.
+    void doubtOpacity();
 
     DeviceRect root() const { return m_root; }
     // Counts what may have changed the root background.
@@ -99,6 +102,7 @@ private:
     bool reshaped(const xcb_generic_event_t&);
     bool dispatch(const xcb_generic_event_t&);
     std::size_t indexOf(xcb_window_t) const;
+    ToplevelWindow* findByClient(xcb_window_t);
 
     Identifiers m_identifiers;
     std::vector<ToplevelWindow> m_windows;

@@ -4,6 +4,8 @@
 #include <xcb/xfixes.h>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace Platform::X11 {
 namespace {
@@ -12,6 +14,8 @@ namespace {
 // look for it.
 constexpr std::array<const char*, 2> wallpaperProperties = {"_XROOTPMAP_ID", "_XSETROOT_ID"};
 
+constexpr const char* managerProperty = "_NET_SUPPORTING_WM_CHECK";
+
 constexpr std::uint32_t stackEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
 
 void setEventMask(xcb_connection_t* c, xcb_window_t window, std::uint32_t events)
@@ -19,11 +23,19 @@ void setEventMask(xcb_connection_t* c, xcb_window_t window, std::uint32_t events
     xcb_change_window_attributes(c, window, XCB_CW_EVENT_MASK, &events);
 }
 
+// Of a property of 32 bits; nothing where it is not set.
+std::optional<std::uint32_t> valueOf(const Reply<xcb_get_property_reply_t>& property)
+{
+    if (!property || property->format != 32 || xcb_get_property_value_length(property.get()) != 4)
+        return std::nullopt;
+    return *static_cast<const std::uint32_t*>(xcb_get_property_value(property.get()));
+}
+
 }  // namespace
 
 StackReader::StackReader(CaptureServer& server)
     : m_server(server), m_c(server.connection()), m_opacityAtom(server.connection().atom("_NET_WM_WINDOW_OPACITY")),
-      m_compositorSelection(server.connection().compositorSelection()), m_model(identifiers())
+      m_compositorSelection(server.connection().compositorSelection()), m_model(identifiers()), m_clientFinder(server)
 {
     select(stackEvents);
     xcb_composite_redirect_subwindows(m_c, server.connection().root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
@@ -37,6 +49,8 @@ StackReader::~StackReader()
         if (!window.isWatched)
             continue;
         setEventMask(m_c, window.id, XCB_EVENT_MASK_NO_EVENT);
+        if (window.client != XCB_WINDOW_NONE)
+            setEventMask(m_c, window.client, XCB_EVENT_MASK_NO_EVENT);
         if (m_server.hasShape())
             xcb_shape_select_input(m_c, window.id, 0);
     }
@@ -58,6 +72,7 @@ StackModel::Identifiers StackReader::identifiers()
     identifiers.opacity = m_opacityAtom;
     for (const auto* name : wallpaperProperties)
         identifiers.wallpapers.push_back(connection.atom(name));
+    identifiers.wallpapers.push_back(connection.atom(managerProperty));  // asked for along with them
     return identifiers;
 }
 
@@ -163,29 +178,44 @@ void StackReader::ask(ToplevelWindow& window)
         question.extents = xcb_shape_query_extents(m_c, window.id);
         question.shape = xcb_shape_get_rectangles(m_c, window.id, XCB_SHAPE_SK_BOUNDING);
     }
-    question.opacity = xcb_get_property(m_c, 0, window.id, m_opacityAtom, XCB_ATOM_CARDINAL, 0, 1);
+    question.opacity = askOpacity(window.id);
+    question.client = window.client;
+    if (question.client != XCB_WINDOW_NONE)
+        question.clientOpacity = askOpacity(question.client);
     m_questions.push_back(question);
+}
+
+xcb_get_property_cookie_t StackReader::askOpacity(xcb_window_t window) const
+{
+    return xcb_get_property(m_c, 0, window, m_opacityAtom, XCB_ATOM_CARDINAL, 0, 1);
 }
 
 void StackReader::collectAnswers(bool isPriming)
 {
+    if (m_asksWallpaper) {
+        takeWallpaper();
+        takeManager();
+    }
+    m_frames.clear();
     for (const auto& question : m_questions) {
         if (question.asksAttributes)
             takeAttributes(question, isPriming);
         takeDetails(question);
     }
-    if (m_asksWallpaper)
-        takeWallpaper();
     m_server.countRoundTrip();
     m_questions.clear();
+    if (!m_frames.empty())
+        learnClients();
 }
 
 void StackReader::askWallpaper()
 {
+    const auto root = m_server.connection().root();
     for (std::size_t i = 0; i < wallpaperProperties.size(); ++i) {
         const auto atom = m_server.connection().atom(wallpaperProperties[i]);
-        m_wallpaperQuestions[i] = xcb_get_property(m_c, 0, m_server.connection().root(), atom, XCB_ATOM_PIXMAP, 0, 1);
+        m_wallpaperQuestions[i] = xcb_get_property(m_c, 0, root, atom, XCB_ATOM_PIXMAP, 0, 1);
     }
+    m_managerQuestion = xcb_get_property(m_c, 0, root, m_server.connection().atom(managerProperty), XCB_ATOM_WINDOW, 0, 1);
     m_asksWallpaper = true;
     m_wallpaperGeneration = m_model.rootBackground();
 }
@@ -194,12 +224,23 @@ void StackReader::takeWallpaper()
 {
     m_wallpaper = XCB_NONE;
     for (const auto question : m_wallpaperQuestions) {
-        const auto property = adopt(xcb_get_property_reply(m_c, question, nullptr));
-        const bool isSet = property && property->format == 32 && xcb_get_property_value_length(property.get()) == 4;
-        if (isSet && m_wallpaper == XCB_NONE)
-            m_wallpaper = *static_cast<const xcb_pixmap_t*>(xcb_get_property_value(property.get()));
+        const auto pixmap = valueOf(adopt(xcb_get_property_reply(m_c, question, nullptr)));
+        if (m_wallpaper == XCB_NONE)
+            m_wallpaper = pixmap.value_or(XCB_NONE);
     }
     m_asksWallpaper = false;
+}
+
+// A compositor that manages the windows too knows the clients in its frames and shows
+// them as they want; another one sees the frames alone, for which the window manager says
+// what their clients want.
+void StackReader::takeManager()
+{
+    const auto manager = valueOf(adopt(xcb_get_property_reply(m_c, m_managerQuestion, nullptr)));
+    const auto clientBits = ~xcb_get_setup(m_c)->resource_id_mask;
+    const bool manages = hasCompositor() && manager && (*manager & clientBits) == (m_compositor & clientBits);
+    if (std::exchange(m_compositorManages, manages) != manages)
+        m_model.doubtOpacity();
 }
 
 // A window without answers is gone; its event is on the way.
@@ -222,24 +263,63 @@ void StackReader::takeAttributes(const Question& question, bool isPriming)
 void StackReader::takeDetails(const Question& question)
 {
     auto* window = m_model.find(question.window);
-    if (m_server.hasShape()) {
-        const auto extents = adopt(xcb_shape_query_extents_reply(m_c, question.extents, nullptr));
-        const auto shape = adopt(xcb_shape_get_rectangles_reply(m_c, question.shape, nullptr));
-        if (window != nullptr && extents && shape) {
-            window->isShaped = extents->bounding_shaped != 0;
-            window->shape.clear();
-            const auto* rects = xcb_shape_get_rectangles_rectangles(shape.get());
-            for (int i = 0; window->isShaped && i < xcb_shape_get_rectangles_rectangles_length(shape.get()); ++i)
-                window->shape.push_back({rects[i].x, rects[i].y, rects[i].width, rects[i].height});
-        }
-    }
-    const auto opacity = adopt(xcb_get_property_reply(m_c, question.opacity, nullptr));
+    if (m_server.hasShape())
+        takeShape(question, window);
+    takeOpacity(question, window);
+    if (window != nullptr)
+        window->needsShape = false;
+}
+
+void StackReader::takeShape(const Question& question, ToplevelWindow* window) const
+{
+    const auto extents = adopt(xcb_shape_query_extents_reply(m_c, question.extents, nullptr));
+    const auto shape = adopt(xcb_shape_get_rectangles_reply(m_c, question.shape, nullptr));
+    if (window == nullptr || !extents || !shape)
+        return;
+    window->isShaped = extents->bounding_shaped != 0;
+    window->shape.clear();
+    const auto* rects = xcb_shape_get_rectangles_rectangles(shape.get());
+    for (int i = 0; window->isShaped && i < xcb_shape_get_rectangles_rectangles_length(shape.get()); ++i)
+        window->shape.push_back({rects[i].x, rects[i].y, rects[i].width, rects[i].height});
+}
+
+void StackReader::takeOpacity(const Question& question, ToplevelWindow* window)
+{
+    const auto own = valueOf(adopt(xcb_get_property_reply(m_c, question.opacity, nullptr)));
+    const auto reply = question.client != XCB_WINDOW_NONE ? adopt(xcb_get_property_reply(m_c, question.clientOpacity, nullptr)) : nullptr;
     if (window == nullptr)
         return;
-    const bool isSet = opacity && opacity->format == 32 && xcb_get_property_value_length(opacity.get()) == 4;
-    window->opacity = isSet ? *static_cast<const std::uint32_t*>(xcb_get_property_value(opacity.get())) : fullOpacity;
-    window->needsShape = false;
+    if (!reply)
+        window->client = XCB_WINDOW_NONE;
+    const auto ofClient = m_compositorManages ? valueOf(reply) : std::nullopt;
+    window->opacity = own.value_or(ofClient.value_or(fullOpacity));
     window->needsOpacity = false;
+    if (own || !m_compositorManages || window->client != XCB_WINDOW_NONE)
+        return;
+    // What has no pixels now is asked when it has.
+    if (window->hasPixels())
+        m_frames.push_back(window->id);
+    else
+        window->needsOpacity = !window->isInputOnly;
+}
+
+// Told of changes before it is asked, as the frames are.
+void StackReader::learnClients()
+{
+    const auto clients = m_clientFinder.find(m_frames);
+    std::vector<xcb_get_property_cookie_t> questions;
+    for (const auto& client : clients) {
+        setEventMask(m_c, client.window, XCB_EVENT_MASK_PROPERTY_CHANGE);
+        questions.push_back(askOpacity(client.window));
+    }
+    for (std::size_t i = 0; i < clients.size(); ++i) {
+        const auto opacity = adopt(xcb_get_property_reply(m_c, questions[i], nullptr));
+        if (auto* window = m_model.find(clients[i].frame)) {
+            window->client = opacity ? clients[i].window : xcb_window_t{XCB_WINDOW_NONE};
+            window->opacity = valueOf(opacity).value_or(fullOpacity);
+        }
+    }
+    m_server.countRoundTrip();
 }
 
 }  // namespace Platform::X11

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Platform/X11/Capture/CaptureServer.h"
+#include "Platform/X11/Capture/ClientFinder.h"
 #include "Platform/X11/Capture/RootBackground.h"
 #include "Platform/X11/Capture/StackModel.h"
 
@@ -33,7 +34,8 @@ public:
 
     // True when mapped windows or the wallpaper wait for learn().
     bool needsLearning() const;
-    // Asks for what is missing, of all windows in one round trip.
+    // Asks for what is missing, of all windows in one round trip; some more where the
+    // opacity of clients in frames counts.
     void learn();
     // Reads the stack anew.
     void prime();
@@ -47,6 +49,8 @@ private:
         xcb_shape_query_extents_cookie_t extents;
         xcb_shape_get_rectangles_cookie_t shape;
         xcb_get_property_cookie_t opacity;
+        xcb_window_t client;
+        xcb_get_property_cookie_t clientOpacity;  // where there is a client
     };
 
     StackModel::Identifiers identifiers();
@@ -56,9 +60,14 @@ private:
     void collectAnswers(bool isPriming);
     void takeAttributes(const Question&, bool isPriming);
     void takeDetails(const Question&);
+    void takeShape(const Question&, ToplevelWindow*) const;
+    void takeOpacity(const Question&, ToplevelWindow*);
+    void learnClients();
+    xcb_get_property_cookie_t askOpacity(xcb_window_t) const;
     bool knowsWallpaper() const { return m_wallpaperGeneration == m_model.rootBackground(); }
     void askWallpaper();
     void takeWallpaper();
+    void takeManager();
     void dropEvents();
 
     CaptureServer& m_server;
@@ -70,8 +79,12 @@ private:
     StackModel m_model;
     std::vector<Question> m_questions;
     std::array<xcb_get_property_cookie_t, 2> m_wallpaperQuestions{};
+    xcb_get_property_cookie_t m_managerQuestion{};
     bool m_asksWallpaper = false;
     xcb_pixmap_t m_wallpaper = XCB_NONE;
+    bool m_compositorManages = false;  // the window manager is the compositor
+    ClientFinder m_clientFinder;
+    std::vector<xcb_window_t> m_frames;       // whose clients are to be found
     std::uint64_t m_wallpaperGeneration = 0;  // of the root background that m_wallpaper belongs to
 };
 
