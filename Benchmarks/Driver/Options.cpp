@@ -24,6 +24,7 @@ void makeQuick(Options& options)
     using namespace std::chrono_literals;
     options.setups = {screens.front()};
     options.memorySetup = screens.front();
+    options.isQuick = true;
     options.rounds = 1;
     options.roundLength = 500ms;
     options.presses = 3;
@@ -32,8 +33,8 @@ void makeQuick(Options& options)
 
 std::optional<Options> sayUsage()
 {
-    std::fputs(
-        "usage: tarnwick_bench [--program PATH] [--markdown FILE] [--quick] [--rounds N] [--presses N] [--only 1080p|4K|8K] [--moving-floor]\n",
+    std::fputs("usage: tarnwick_bench [--program PATH] [--markdown FILE] [--quick] [--rounds N] [--presses N] [--only 1080p|4K|8K] [--moving-floor] "
+               "[--crosshair|--loupe]\n",
         stderr);
     return std::nullopt;
 }
@@ -50,6 +51,11 @@ std::optional<Options> Options::parse(int argc, char** argv)
         const std::string_view name = arguments[i];
         if (name == "--quick") {
             makeQuick(options);
+            continue;
+        }
+        if (name == "--crosshair" || name == "--loupe") {
+            options.hasCrosshair = name == "--crosshair";
+            options.hasLoupe = name == "--loupe";
             continue;
         }
         if (name == "--moving-floor") {

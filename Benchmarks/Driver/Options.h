@@ -14,6 +14,9 @@ struct Options {
     std::string programPath;   // empty: only the floor is measured
     std::string markdownPath;  // empty: no file
     bool hasMovingFloor = false;
+    bool isQuick = false;
+    bool hasCrosshair = true;  // which parts are measured
+    bool hasLoupe = true;
     std::vector<Setup> setups;
     int rounds = 5;
     std::chrono::milliseconds roundLength{3000};

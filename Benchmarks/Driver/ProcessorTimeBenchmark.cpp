@@ -1,14 +1,11 @@
 #include "ProcessorTimeBenchmark.h"
 
 #include <algorithm>
-#include <chrono>
-#include <filesystem>
 #include <stdexcept>
-#include <thread>
 
+#include "BesideThisProgram.h"
 #include "Crosshair.h"
 #include "Lines.h"
-#include "ProcessFigures.h"
 #include "Statistics.h"
 #include "Support/Desktop/XTestPointer.h"
 #include "Support/WaitUntil.h"
@@ -16,49 +13,11 @@
 namespace Benchmarks {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-std::string besideThisProgram(const std::string& name) { return std::filesystem::read_symlink("/proc/self/exe").replace_filename(name); }
-
-struct Reading {
-    Clock::time_point time;
-    std::chrono::nanoseconds client{0};
-    std::chrono::nanoseconds server{0};
-    std::chrono::nanoseconds compositor{0};
-    std::chrono::nanoseconds machine{0};
-};
-
-Reading readClocks(Desktop& desktop, std::optional<pid_t> client)
-{
-    Reading reading;
-    reading.time = Clock::now();
-    if (client)
-        reading.client = processorTime(*client);
-    reading.server = processorTime(desktop.serverPid());
-    if (const auto compositor = desktop.compositorPid())
-        reading.compositor = processorTime(*compositor);
-    reading.machine = machineProcessorTime();
-    return reading;
-}
-
-Cost costBetween(const Reading& from, const Reading& to)
-{
-    const std::chrono::duration<double> seconds = to.time - from.time;
-    const auto rate = [&](std::chrono::nanoseconds before, std::chrono::nanoseconds after) {
-        return std::chrono::duration<double, std::milli>(after - before).count() / seconds.count();
-    };
-    Cost cost{rate(from.client, to.client), rate(from.server, to.server), rate(from.compositor, to.compositor)};
-    cost.others = std::max(0.0, rate(from.machine, to.machine) - cost.client - cost.server - cost.compositor);
-    return cost;
-}
-
-// The circling pointer sleeps once before each of its steps.
-long sleepsOf(pid_t circling) { return voluntarySwitches(circling).begin()->second; }
-
 class Measurement {
 public:
     Measurement(const Setup& setup, const Options& options)
-        : m_options(options), m_desktop(setup), m_pointer(m_desktop.displayName()), m_lines(m_desktop.displayName())
+        : m_options(options), m_desktop(setup), m_pointer(m_desktop.displayName()), m_lines(m_desktop.displayName()),
+          m_meter(m_desktop, m_lines, options)
     {
         rest();
         if (!options.programPath.empty())
@@ -68,7 +27,7 @@ public:
     Round round()
     {
         Round round;
-        round.circling = whileCircling({});
+        round.circling = m_meter.whileCircling({});
         round.floor = floor(false);
         if (m_options.hasMovingFloor)
             round.movingFloor = floor(true);
@@ -81,32 +40,6 @@ private:
     // Where a check finds neither the floor's windows nor its strips hidden.
     void rest() { m_pointer.moveTo(m_lines.screenWidth() / 3, m_lines.screenHeight() / 3); }
 
-    Cost whileCircling(std::optional<pid_t> client)
-    {
-        const auto before = m_lines.pointer();
-        const auto circling = m_desktop.start({besideThisProgram("tarnwick_bench_circling_pointer")});
-        if (!TestSupport::waitUntil([&] { return m_lines.pointer() != before; }))
-            throw std::runtime_error("the pointer does not circle");
-        return undisturbedCost(circling.pid(), client);
-    }
-
-    // A machine that kept the pointer from its steps kept the clients from theirs, and
-    // what they did not do cost nothing: such a figure is taken anew.
-    Cost undisturbedCost(pid_t circling, std::optional<pid_t> client)
-    {
-        constexpr int attempts = 10;
-        const double stepsWanted = 0.97 * 125 * std::chrono::duration<double>(m_options.roundLength).count();
-        for (int i = 0; i < attempts; ++i) {
-            const auto stepsBefore = sleepsOf(circling);
-            const auto from = readClocks(m_desktop, client);
-            std::this_thread::sleep_until(from.time + m_options.roundLength);
-            const auto cost = costBetween(from, readClocks(m_desktop, client));
-            if (static_cast<double>(sleepsOf(circling) - stepsBefore) >= stepsWanted)
-                return cost;
-        }
-        throw std::runtime_error("the machine is too busy to measure anything");
-    }
-
     Cost floor(bool isMoving)
     {
         rest();
@@ -118,7 +51,7 @@ private:
         auto process = m_desktop.start(command);
         if (!TestSupport::waitUntil([&] { return areInverse(shownByFloor(isMoving), beneath); }))
             throw std::runtime_error("the floor does not show what it must");
-        const auto cost = whileCircling(process.pid());
+        const auto cost = m_meter.whileCircling(process.pid());
         if (!process.isRunning())
             throw std::runtime_error("the floor ended");
         process.kill();
@@ -141,7 +74,7 @@ private:
     {
         rest();
         m_crosshair->show();
-        const auto cost = whileCircling(m_crosshair->pid());
+        const auto cost = m_meter.whileCircling(m_crosshair->pid());
         const auto isBackAndRight = [this] {
             rest();
             return m_crosshair->isRight();
@@ -156,13 +89,12 @@ private:
     Desktop m_desktop;
     TestSupport::XTestPointer m_pointer;
     LineReader m_lines;
+    CostMeter m_meter;
     std::optional<Crosshair> m_crosshair;
 };
 
-double clientAndServer(const Cost& cost) { return cost.client + cost.server; }
-
 // What a program costs beyond the pointer's own motion.
-double extra(const Cost& cost, const Round& round) { return clientAndServer(cost) - clientAndServer(round.circling); }
+double extra(const Cost& cost, const Round& round) { return cost.clientAndServer() - round.circling.clientAndServer(); }
 
 template <typename Value> std::vector<double> ofRounds(const ProcessorTimeFigures& figures, Value&& value)
 {
@@ -198,8 +130,8 @@ std::string spread(const std::vector<double>& values)
 Report::Row rowOf(const ProcessorTimeFigures& figures)
 {
     const auto& first = figures.rounds.front();
-    Report::Row row = {
-        figures.setup.name(), medianOf(figures, [](const Round& round) { return clientAndServer(round.circling); }), medianOf(figures, extraOfFloor)};
+    Report::Row row = {figures.setup.name(), medianOf(figures, [](const Round& round) { return round.circling.clientAndServer(); }),
+        medianOf(figures, extraOfFloor)};
     if (first.movingFloor)
         row.push_back(medianOf(figures, extraOfMovingFloor));
     if (first.crosshair) {

@@ -5,18 +5,11 @@
 #include <optional>
 #include <vector>
 
+#include "CostMeter.h"
 #include "Options.h"
 #include "Report.h"
 
 namespace Benchmarks {
-
-// Milliseconds of processor time per second.
-struct Cost {
-    double client = 0;
-    double server = 0;
-    double compositor = 0;
-    double others = 0;  // everything else on the machine, the measurement included
-};
 
 struct Round {
     Cost circling;  // nothing but the pointer
