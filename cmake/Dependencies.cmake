@@ -1,7 +1,7 @@
 # Everything comes from the distribution's packages; script/setup installs them.
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus)
 find_package(nlohmann_json REQUIRED)
 
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET

@@ -3,6 +3,7 @@
 // program knows only these interfaces.
 #pragma once
 
+#include "Platform/Application.h"
 #include "Platform/HotKeyCenter.h"
 #include "Platform/KeyboardLayout.h"
 #include "Platform/MainLoop.h"
@@ -12,6 +13,7 @@
 #include "Platform/ScreenCapture.h"
 #include "Platform/Screens.h"
 #include "Platform/SerialQueue.h"
+#include "Platform/StatusBar.h"
 #include "Platform/UserDefaults.h"
 
 namespace Platform {
@@ -29,6 +31,8 @@ struct System {
     ReservedShortcuts& reservedShortcuts;
     UserDefaults& userDefaults;
     NotificationCenter& notifications;
+    StatusBar& statusBar;
+    Application& application;
 };
 
 }  // namespace Platform

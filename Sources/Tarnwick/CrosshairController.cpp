@@ -16,7 +16,7 @@ CrosshairController::CrosshairController(
       m_showMenuBarItem(system.userDefaults, "tarnwick.showMenuBarItem", true),
       m_onboardingCompleted(system.userDefaults, "tarnwick.onboardingCompleted", false),
       m_statusItemAction(system.userDefaults, "tarnwick.statusItemAction", StatusItemAction::menu), m_captureQueue(system.serialQueues),
-      m_self(std::make_shared<CrosshairController*>(this))
+      m_self(std::make_shared<CrosshairController*>(this)), m_statusItem(system, keyboardShortcuts, m_names, *this)
 {
     wireUp();
 }
@@ -69,11 +69,19 @@ void CrosshairController::dismissLoupe()
     applyCursorVisibility();
 }
 
-void CrosshairController::setShowMenuBarItem(bool value) { change(m_showMenuBarItem, value); }
+void CrosshairController::setShowMenuBarItem(bool value)
+{
+    change(m_showMenuBarItem, value);
+    m_statusItem.applyMenuBarItem();
+}
 
 void CrosshairController::setOnboardingCompleted(bool value) { change(m_onboardingCompleted, value); }
 
-void CrosshairController::setStatusItemAction(StatusItemAction value) { change(m_statusItemAction, value); }
+void CrosshairController::setStatusItemAction(StatusItemAction value)
+{
+    change(m_statusItemAction, value);
+    m_statusItem.reinstallStatusItem();
+}
 
 template <typename Value> void CrosshairController::change(PersistentSetting<Value>& setting, const Value& value)
 {
@@ -86,6 +94,7 @@ void CrosshairController::wireUp()
     // Before anything uses a name: the first use stores the name's default, and the
     // migration would take that for the user's own choice.
     LegacyHotKeyMigration::runIfNeeded(m_system.userDefaults, m_keyboardShortcuts, m_names);
+    m_statusItem.applyMenuBarItem();
 
     const auto toggle = [self = WeakSelf(m_self)](void (CrosshairController::*action)()) {
         return [self, action] {

@@ -1,6 +1,6 @@
 // The one central object: it owns both overlays, feeds them the pointer sixty times a
 // second while one is shown, hides the cursor meanwhile, and connects the two global
-// shortcuts to them. Also the model that the preferences and onboarding views observe.
+// shortcuts and the status item to them. Also the model that the preferences and onboarding views observe.
 // Main thread only. It must not outlive the system and the shortcuts it was made with.
 #pragma once
 
@@ -16,6 +16,7 @@
 #include "Tarnwick/LoupeOverlay.h"
 #include "Tarnwick/PersistentSetting.h"
 #include "Tarnwick/StatusItemAction.h"
+#include "Tarnwick/StatusItemController.h"
 
 namespace Tarnwick {
 
@@ -83,6 +84,7 @@ private:
     bool m_cursorHidden = false;
     std::unique_ptr<Platform::Timer> m_cursorPump;  // present only while an overlay is
     std::shared_ptr<CrosshairController*> m_self;   // empties when this goes
+    StatusItemController m_statusItem;
 };
 
 }  // namespace Tarnwick

@@ -4,11 +4,14 @@
 #include <string>
 #include <utility>
 
+#include "KeyboardShortcuts/KeyboardShortcuts.h"
 #include "Platform/Freedesktop/DesktopReservedShortcuts.h"
 #include "Platform/Freedesktop/JsonUserDefaults.h"
 #include "Platform/Posix/ThreadSerialQueue.h"
+#include "Platform/Qt/QtApplication.h"
 #include "Platform/Qt/QtMainLoop.h"
 #include "Platform/Qt/QtScreenScales.h"
+#include "Platform/Qt/Tray/QtStatusBar.h"
 #include "Platform/X11/Capture/X11ScreenCapture.h"
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/Keys/OverlayKeys.h"
@@ -44,6 +47,10 @@ struct DesktopSystem::Parts {
     Platform::QtScreenScales screenScales;
     Platform::Posix::ThreadSerialQueues serialQueues;
     Platform::NotificationCenter notifications;
+    Platform::QtStatusBar statusBar{[this](bool isTracking) {
+        notifications.post(isTracking ? KeyboardShortcuts::menuDidBeginTracking : KeyboardShortcuts::menuDidEndTracking);
+    }};
+    Platform::QtApplication application;
     Platform::Freedesktop::JsonUserDefaults userDefaults;
     Platform::Freedesktop::DesktopReservedShortcuts reservedShortcuts;
     Connections connections;
@@ -94,7 +101,7 @@ Platform::System DesktopSystem::system()
 {
     return {m_parts->mainLoop, m_parts->serialQueues, *m_parts->screens, *m_parts->pointer, *m_parts->cursor, *m_parts->screenCapture,
         *m_parts->overlayWindows, *m_parts->hotKeys, m_parts->keyboardLayout, m_parts->reservedShortcuts, m_parts->userDefaults,
-        m_parts->notifications};
+        m_parts->notifications, m_parts->statusBar, m_parts->application};
 }
 
 Platform::FileDescriptorWatcher& DesktopSystem::fileDescriptorWatcher() { return m_parts->mainLoop; }

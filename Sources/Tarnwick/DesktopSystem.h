@@ -11,7 +11,7 @@ namespace Tarnwick {
 
 class DesktopSystem {
 public:
-    // Needs a QGuiApplication. Nothing where the X server cannot be used; one line on
+    // Needs a QApplication. Nothing where the X server cannot be used; one line on
     // standard error then says why.
     static std::unique_ptr<DesktopSystem> open();
     ~DesktopSystem();

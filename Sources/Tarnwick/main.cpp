@@ -1,7 +1,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -69,7 +69,7 @@ int main(int argc, char** argv)
     // The program draws with plain X11 requests: no OpenGL library need be loaded.
     setenv("QT_XCB_GL_INTEGRATION", "none", 0);
     setenv("QT_QPA_PLATFORM", "xcb", 1);
-    QGuiApplication application(argc, argv);
+    QApplication application(argc, argv);
     QGuiApplication::setApplicationName("tarnwick");
     QGuiApplication::setApplicationDisplayName("Tarnwick");
     QGuiApplication::setDesktopFileName("org.tarnwick.Tarnwick");
@@ -88,5 +88,5 @@ int main(int argc, char** argv)
     Platform::QtShapePainter shapePainter;
     Tarnwick::CrosshairController controller(system, shortcuts,
         [&](std::function<void()> onDismiss) { return std::make_unique<Tarnwick::LoupeOverlayWindow>(system, shapePainter, std::move(onDismiss)); });
-    return QGuiApplication::exec();
+    return QApplication::exec();
 }

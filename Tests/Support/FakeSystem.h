@@ -3,6 +3,7 @@
 
 #include "Platform/Platform.h"
 #include "Support/CallLog.h"
+#include "Support/FakeApplication.h"
 #include "Support/FakeHotKeyCenter.h"
 #include "Support/FakeKeyboardLayout.h"
 #include "Support/FakeMainLoop.h"
@@ -12,6 +13,7 @@
 #include "Support/FakeScreens.h"
 #include "Support/FakeSerialQueues.h"
 #include "Support/FakeShapePainter.h"
+#include "Support/FakeStatusBar.h"
 #include "Support/FakeUserDefaults.h"
 
 namespace TestSupport {
@@ -30,10 +32,12 @@ struct FakeSystem {
     FakeReservedShortcuts reservedShortcuts{log};
     FakeUserDefaults userDefaults{log};
     Platform::NotificationCenter notifications;
+    FakeStatusBar statusBar{log};
+    FakeApplication application{log};
     FakeShapePainter shapePainter{log};
 
     Platform::System system{mainLoop, serialQueues, screens, pointer, cursor, screenCapture, overlayWindows, hotKeys, keyboardLayout,
-        reservedShortcuts, userDefaults, notifications};
+        reservedShortcuts, userDefaults, notifications, statusBar, application};
 };
 
 }  // namespace TestSupport
