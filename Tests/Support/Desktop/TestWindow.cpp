@@ -67,18 +67,18 @@ std::array<std::uint32_t, 18> fixedPlaceAndSize(std::uint32_t width, std::uint32
 
 }  // namespace
 
-TestWindow::TestWindow(const std::string& displayName, const std::string& title, const DeviceRect& frame, std::uint32_t seed)
-    : TestWindow(displayName, title, DevicePoint{frame.x, frame.y}, testPattern(frame.width, frame.height, seed))
+TestWindow::TestWindow(const std::string& displayName, const std::string& title, const DeviceRect& frame, std::uint32_t seed, Kind kind)
+    : TestWindow(displayName, title, DevicePoint{frame.x, frame.y}, testPattern(frame.width, frame.height, seed), kind)
 {
 }
 
-TestWindow::TestWindow(const std::string& displayName, const std::string& title, DevicePoint position, Platform::Image contents)
+TestWindow::TestWindow(const std::string& displayName, const std::string& title, DevicePoint position, Platform::Image contents, Kind kind)
     : m_contents(std::move(contents)), m_connection(Connection::open(displayName))
 {
     if (!m_connection)
         throw std::runtime_error("no X server at " + displayName);
     createWindow(position);
-    setProperties(title);
+    setProperties(title, kind);
     xcb_map_window(*m_connection, m_window);
     if (!waitUntil([this] { return isViewable(); }))
         throw std::runtime_error("the window '" + title + "' does not appear");
@@ -108,7 +108,7 @@ void TestWindow::moveIntoPlace(DevicePoint position)
         throw std::runtime_error("the window manager does not let the window where it wants to be");
 }
 
-void TestWindow::setProperties(const std::string& title)
+void TestWindow::setProperties(const std::string& title, Kind kind)
 {
     auto& connection = *m_connection;
     xcb_change_property(
@@ -120,6 +120,10 @@ void TestWindow::setProperties(const std::string& title)
         connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, sizeHints.size(), sizeHints.data());
     constexpr std::array<std::uint32_t, 9> takesFocus = {1, 1, 0, 0, 0, 0, 0, 0, 0};
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 32, takesFocus.size(), takesFocus.data());
+    if (kind == Kind::ordinary)
+        return;
+    const auto fullScreen = connection.atom("_NET_WM_STATE_FULLSCREEN");
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_window, connection.atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 1, &fullScreen);
 }
 
 void TestWindow::activate()

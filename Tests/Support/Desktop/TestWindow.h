@@ -13,11 +13,15 @@ namespace TestSupport {
 
 class TestWindow {
 public:
+    enum class Kind { ordinary, fullScreen };
+
     // Shows the window, its contents at `frame` (device pixels of the X screen), filled with
     // testPattern(…, seed). Returns when it is there. Throws when that does not come true.
-    TestWindow(const std::string& displayName, const std::string& title, const Platform::X11::DeviceRect& frame, std::uint32_t seed);
+    TestWindow(
+        const std::string& displayName, const std::string& title, const Platform::X11::DeviceRect& frame, std::uint32_t seed, Kind = Kind::ordinary);
     // The same with contents of the caller's.
-    TestWindow(const std::string& displayName, const std::string& title, Platform::X11::DevicePoint position, Platform::Image contents);
+    TestWindow(const std::string& displayName, const std::string& title, Platform::X11::DevicePoint position, Platform::Image contents,
+        Kind = Kind::ordinary);
 
     // Gives the window the focus, as a click in a task bar would. Returns when it has it.
     void activate();
@@ -38,7 +42,7 @@ public:
 private:
     void createWindow(Platform::X11::DevicePoint position);
     void moveIntoPlace(Platform::X11::DevicePoint position);
-    void setProperties(const std::string& title);
+    void setProperties(const std::string& title, Kind);
     void requestActivation();
     bool isViewable() const;
 

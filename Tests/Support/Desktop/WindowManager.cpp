@@ -66,6 +66,8 @@ std::string nameOf(WindowManagerKind kind)
         return "none";
     case WindowManagerKind::openbox:
         return "openbox";
+    case WindowManagerKind::openboxWithFocusUnderThePointer:
+        return "openboxWithFocusUnderThePointer";
     case WindowManagerKind::openboxWithPicom:
         return "openboxWithPicom";
     case WindowManagerKind::xfwm4:
@@ -91,6 +93,9 @@ WindowManager::WindowManager(const PrivateServer& server, WindowManagerKind kind
     case WindowManagerKind::openbox:
         start({"openbox"});
         break;
+    case WindowManagerKind::openboxWithFocusUnderThePointer:
+        startOpenboxWithFocusUnderThePointer();
+        break;
     case WindowManagerKind::openboxWithPicom:
         start({"openbox"});
         waitUntilManaging();
@@ -115,6 +120,13 @@ WindowManager::WindowManager(const PrivateServer& server, WindowManagerKind kind
 }
 
 void WindowManager::start(const std::vector<std::string>& command) { m_processes.push_back(m_server.start(command, m_options)); }
+
+void WindowManager::startOpenboxWithFocusUnderThePointer()
+{
+    const auto settings = m_home / "openbox.xml";
+    std::ofstream(settings) << "<openbox_config xmlns='http://openbox.org/3.4/rc'><focus><followMouse>yes</followMouse></focus></openbox_config>\n";
+    start({"openbox", "--config-file", settings.string()});
+}
 
 // Its settings come over the session bus.
 void WindowManager::startXfwm4(const std::string& compositor)

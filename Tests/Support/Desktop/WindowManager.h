@@ -14,6 +14,7 @@ namespace TestSupport {
 enum class WindowManagerKind {
     none,
     openbox,
+    openboxWithFocusUnderThePointer,
     openboxWithPicom,
     xfwm4,
     xfwm4WithCompositor,
@@ -32,6 +33,7 @@ public:
 
 private:
     void start(const std::vector<std::string>& command);
+    void startOpenboxWithFocusUnderThePointer();
     void startXfwm4(const std::string& compositor);
     void startI3();
     void startKwin();
