@@ -53,9 +53,9 @@ TYPED_TEST(KeyboardLayoutContract, TellsWhatTheKeysOfAnAmericanKeyboardType)
     // By key code from 0; a blank for the key beside the left Shift, which that keyboard has
     // not, and for Return.
     const std::string typed = "asdfhgzxcv bqweryt123465=97-80]ou[ip lj'k;\\,/nm.";
-    for (std::uint16_t key = 0; key < typed.size(); ++key) {
+    for (std::size_t key = 0; key < typed.size(); ++key) {
         if (typed[key] != ' ') {
-            EXPECT_EQ(this->textOf(key), std::string(1, typed[key])) << key;
+            EXPECT_EQ(this->textOf(static_cast<std::uint16_t>(key)), std::string(1, typed[key])) << key;
         }
     }
     EXPECT_EQ(this->textOf(50), "`");

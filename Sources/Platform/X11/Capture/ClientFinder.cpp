@@ -22,6 +22,7 @@ void ClientFinder::lookInto(std::vector<Client>& parents)
 {
     auto& c = m_server.connection();
     std::vector<xcb_query_tree_cookie_t> trees;
+    trees.reserve(parents.size());
     for (const auto& parent : parents)
         trees.push_back(xcb_query_tree(c, parent.window));
     std::vector<Client> children;
@@ -33,6 +34,7 @@ void ClientFinder::lookInto(std::vector<Client>& parents)
     m_server.countRoundTrip();
 
     std::vector<xcb_get_property_cookie_t> states;
+    states.reserve(children.size());
     for (const auto& child : children)
         states.push_back(xcb_get_property(c, 0, child.window, m_stateAtom, XCB_ATOM_ANY, 0, 0));
     for (std::size_t i = 0; i < children.size(); ++i) {
