@@ -29,6 +29,9 @@ std::optional<std::string> difference(const Platform::Image& expected, const Pla
 {
     if (expected.width() != actual.width() || expected.height() != actual.height())
         return "the sizes differ";
+    // Whole pictures compare at once; pixel by pixel takes a second under a sanitizer.
+    if (expected == actual)
+        return std::nullopt;
     long count = 0;
     std::ostringstream first;
     for (int y = 0; y < expected.height(); ++y) {
@@ -39,8 +42,6 @@ std::optional<std::string> difference(const Platform::Image& expected, const Pla
                 first << "(" << x << ", " << y << ") is " << std::hex << actual.pixel(x, y) << ", not " << expected.pixel(x, y);
         }
     }
-    if (count == 0)
-        return std::nullopt;
     return std::to_string(count) + " pixels differ, the first: " + first.str();
 }
 
