@@ -1,0 +1,22 @@
+// A tray icon as a person sees it: where the panel's picture differs from the one without.
+#pragma once
+
+#include <optional>
+
+#include "Platform/Image.h"
+#include "Platform/X11/MonitorLayout.h"
+#include "Support/Desktop/Desktop.h"
+
+namespace TestSupport {
+
+// The smallest rectangle around all pixels within `panel` that differ; nothing where none does.
+std::optional<Platform::X11::DeviceRect> changedPart(
+    const Platform::Image& before, const Platform::Image& after, const Platform::X11::DeviceRect& panel);
+
+// Waits until something came into the panel and the screen is at rest. Throws when nothing comes.
+Platform::X11::DeviceRect waitForIcon(const Desktop&, const Platform::Image& without, const Platform::X11::DeviceRect& panel);
+
+// A real click into the middle of it.
+void click(Desktop&, const Platform::X11::DeviceRect& icon, std::uint8_t button);
+
+}  // namespace TestSupport
