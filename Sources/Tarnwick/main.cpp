@@ -70,7 +70,7 @@ int main(int argc, char** argv)
     setenv("QT_XCB_GL_INTEGRATION", "none", 0);
     setenv("QT_QPA_PLATFORM", "xcb", 1);
     QApplication application(argc, argv);
-    QGuiApplication::setApplicationName("tarnwick");
+    QGuiApplication::setApplicationName("Tarnwick");
     QGuiApplication::setApplicationDisplayName("Tarnwick");
     QGuiApplication::setDesktopFileName("org.tarnwick.Tarnwick");
     QGuiApplication::setQuitOnLastWindowClosed(false);
