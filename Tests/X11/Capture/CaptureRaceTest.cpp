@@ -47,6 +47,12 @@ void storm(const std::string& displayName, const std::atomic<bool>& ends, std::a
     }
 }
 
+#ifdef __SANITIZE_THREAD__
+constexpr auto longestCapture = 60s;  // watched, the capture takes in the storm's events more slowly than they come
+#else
+constexpr auto longestCapture = 500ms;  // ten times what a captured storm costs on a machine at rest
+#endif
+
 TEST(CaptureRace, SurvivesAStormOfWindows)
 {
     const TestSupport::PrivateServer server("320x200x24");
@@ -79,8 +85,8 @@ TEST(CaptureRace, SurvivesAStormOfWindows)
     std::cout << windowCount << " windows, " << times.size() << " captures, median " << times[times.size() / 2].count() << " us, worst "
               << times.back().count() << " us, " << failures << " without a picture\n";
     EXPECT_GT(windowCount, 1000);
-    EXPECT_LT(times.back(), 500ms);  // a captured storm costs a tenth of that on a machine at rest
-    EXPECT_LT(failures, static_cast<long>(times.size() / 20));
+    EXPECT_LT(times.back(), longestCapture);
+    EXPECT_LE(failures, static_cast<long>(times.size() / 20));
 
     // The picture is right again at once.
     desktop.restack(floor, XCB_STACK_MODE_ABOVE);
