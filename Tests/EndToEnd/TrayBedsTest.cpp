@@ -145,7 +145,7 @@ TEST_F(EmbeddingTray, ShowsTheIconAndBringsClicks)
     EXPECT_TRUE(probe.says("activated 3\nactivated 1\nopened 1\n"));
     clickFirstEntry(desktop, menu);
     EXPECT_TRUE(probe.says("activated 3\nactivated 1\nopened 1\nchosen 0\n"));
-    EXPECT_TRUE(waitUntil([&] { return openMenus(desktop.connection()).empty(); }));
+    EXPECT_TRUE(waitForNoMenu(desktop));
 }
 
 struct PanelTray : testing::Test {

@@ -12,8 +12,11 @@ namespace TestSupport {
 // Their frames, the topmost first.
 std::vector<Platform::X11::DeviceRect> openMenus(Platform::X11::Connection&);
 
-// Waits until one menu is open and painted. Throws when none opens.
+// Waits until one menu is open and painted and has the pointer. Throws when none opens.
 Platform::X11::DeviceRect waitForMenu(Desktop&);
+// Waits until no menu is open and the pointer is free: a click before that would still be
+// the menu's. False when that does not come true.
+bool waitForNoMenu(Desktop&);
 
 // A real click on the first or the last entry of a menu.
 void clickFirstEntry(Desktop&, const Platform::X11::DeviceRect& menu);
