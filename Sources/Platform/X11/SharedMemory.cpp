@@ -9,7 +9,7 @@ namespace {
 std::uint32_t* attachHere(int identifier)
 {
     void* memory = shmat(identifier, nullptr, 0);
-    return memory != reinterpret_cast<void*>(-1) ? static_cast<std::uint32_t*>(memory) : nullptr;
+    return reinterpret_cast<std::intptr_t>(memory) != -1 ? static_cast<std::uint32_t*>(memory) : nullptr;
 }
 
 // A server that cannot see our memory says so.
