@@ -140,6 +140,7 @@ private:
 double medianOf(const std::vector<Cost>& costs)
 {
     std::vector<double> values;
+    values.reserve(costs.size());
     for (const auto& cost : costs)
         values.push_back(cost.clientAndServer());
     return median(values);

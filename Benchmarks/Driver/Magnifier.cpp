@@ -51,7 +51,7 @@ Magnifier::Magnifier(const Desktop& desktop, const std::vector<xcb_window_t>& wi
 
 bool Magnifier::findWindow(const std::vector<xcb_window_t>& windowsBefore)
 {
-    long largest = side * side;
+    long largest = long{side} * side;
     for (const auto window : childrenOfRoot(*m_connection)) {
         if (std::find(windowsBefore.begin(), windowsBefore.end(), window) != windowsBefore.end())
             continue;

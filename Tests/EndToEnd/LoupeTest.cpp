@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
+#include <algorithm>
+
 #include "EndToEnd/EveryWindowManager.h"
 #include "EndToEnd/ExpectedScreen.h"
 #include "EndToEnd/LoupeScene.h"
@@ -40,8 +42,8 @@ public:
     Image over(Image picture, std::uint32_t colour) const
     {
         for (int y = m_frame.y; y < m_frame.bottom(); ++y) {
-            for (int x = m_frame.x; x < m_frame.right(); ++x)
-                picture.pixels()[static_cast<std::size_t>(y * picture.width() + x)] = 0xff000000 | colour;
+            const auto row = picture.pixels().begin() + std::ptrdiff_t{y} * picture.width();
+            std::fill(row + m_frame.x, row + m_frame.right(), 0xff000000 | colour);
         }
         return picture;
     }

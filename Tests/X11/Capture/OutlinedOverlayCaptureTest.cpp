@@ -11,6 +11,7 @@ using namespace Platform;
 
 constexpr int side = 60;
 constexpr int sampleSide = 10;
+constexpr int toMiddle = sampleSide / 2;
 
 class OutlinedOverlayCapture : public CaptureSetting {
 protected:
@@ -35,7 +36,7 @@ protected:
             m_entries.push_back({.windowNumber = 1, .isOutlined = true});
         m_entries[0].upcoming = frame;
         m_stack.set(m_entries);
-        auto captured = capture({double(x - sampleSide / 2), double(y - sampleSide / 2), sampleSide, sampleSide});
+        auto captured = capture({double(x - toMiddle), double(y - toMiddle), sampleSide, sampleSide});
         if (isNew) {
             m_window = m_desktop.makeMappedWindow({.inner = frame, .colour = overlayColour});
             m_entries[0].pictures = {{m_window, frame}};
@@ -69,10 +70,10 @@ protected:
     Image beforeAt(int x, int y) const
     {
         Image part(sampleSide, sampleSide);
+        auto pixel = part.pixels().begin();
         for (int row = 0; row < sampleSide; ++row) {
             for (int column = 0; column < sampleSide; ++column)
-                part.pixels()[static_cast<std::size_t>(row * sampleSide + column)] =
-                    m_before.pixel(x - sampleSide / 2 + column, y - sampleSide / 2 + row);
+                *pixel++ = m_before.pixel(x - toMiddle + column, y - toMiddle + row);
         }
         return part;
     }

@@ -27,12 +27,12 @@ constexpr std::uint32_t tinted = 0x80800000;
 Image disc(std::uint32_t inside = core)
 {
     Image image(side, side + footer);
+    auto pixel = image.pixels().begin();
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < side; ++x) {
             const double distance = std::hypot(x + 0.5 - side / 2.0, y + 0.5 - side / 2.0);
             const bool isBar = y >= side + 4 && y < side + 24 && x >= 20 && x < 100;
-            const std::uint32_t pixel = distance < 57 ? inside : distance < 58 ? rim : distance < 59 ? fringe : isBar ? tinted : 0U;
-            image.pixels()[static_cast<std::size_t>(y * side + x)] = pixel;
+            *pixel++ = distance < 57 ? inside : distance < 58 ? rim : distance < 59 ? fringe : isBar ? tinted : 0U;
         }
     }
     return image;
