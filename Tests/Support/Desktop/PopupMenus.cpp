@@ -33,20 +33,6 @@ bool isShownAsItIs(Connection& connection, xcb_window_t window)
     return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE && reply->override_redirect != 0;
 }
 
-// Asks in such a way that no program can be refused the pointer meanwhile.
-bool isPointerTaken(Connection& connection)
-{
-    xcb_grab_server(connection);
-    const auto cookie =
-        xcb_grab_pointer(connection, 1, connection.root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME);
-    const auto reply = adopt(xcb_grab_pointer_reply(connection, cookie, nullptr));
-    const bool isTaken = reply && reply->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
-    xcb_ungrab_pointer(connection, XCB_CURRENT_TIME);
-    xcb_ungrab_server(connection);
-    connection.flush();
-    return isTaken;
-}
-
 }  // namespace
 
 std::vector<DeviceRect> openMenus(Connection& connection)
@@ -63,6 +49,20 @@ std::vector<DeviceRect> openMenus(Connection& connection)
             menus.push_back({geometry->x, geometry->y, geometry->width, geometry->height});
     }
     return menus;
+}
+
+// Asks in such a way that no program can be refused the pointer meanwhile.
+bool isPointerTaken(Connection& connection)
+{
+    xcb_grab_server(connection);
+    const auto cookie =
+        xcb_grab_pointer(connection, 1, connection.root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, XCB_NONE, XCB_NONE, XCB_CURRENT_TIME);
+    const auto reply = adopt(xcb_grab_pointer_reply(connection, cookie, nullptr));
+    const bool isTaken = reply && reply->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
+    xcb_ungrab_pointer(connection, XCB_CURRENT_TIME);
+    xcb_ungrab_server(connection);
+    connection.flush();
+    return isTaken;
 }
 
 DeviceRect waitForMenu(Desktop& desktop)

@@ -12,6 +12,9 @@ namespace TestSupport {
 // Their frames, the topmost first.
 std::vector<Platform::X11::DeviceRect> openMenus(Platform::X11::Connection&);
 
+// Whether a client has the pointer to itself: a menu of its own, or a click under way.
+bool isPointerTaken(Platform::X11::Connection&);
+
 // Waits until one menu is open and painted and has the pointer. Throws when none opens.
 Platform::X11::DeviceRect waitForMenu(Desktop&);
 // Waits until no menu is open and the pointer is free: a click before that would still be

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "Support/Desktop/PopupMenus.h"
 #include "Support/WaitUntil.h"
 
 namespace TestSupport {
@@ -44,6 +45,9 @@ void click(Desktop& desktop, const DeviceRect& icon, std::uint8_t button)
 {
     desktop.pointer().moveTo(icon.x + icon.width / 2, icon.y + icon.height / 2);
     desktop.pointer().click(button);
+    auto& connection = desktop.connection();
+    if (!waitUntil([&] { return !isPointerTaken(connection) || !openMenus(connection).empty(); }))
+        throw std::runtime_error("a click on the icon does not come to an end");
 }
 
 }  // namespace TestSupport

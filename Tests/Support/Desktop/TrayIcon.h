@@ -16,7 +16,9 @@ std::optional<Platform::X11::DeviceRect> changedPart(
 // Waits until something came into the panel and the screen is at rest. Throws when nothing comes.
 Platform::X11::DeviceRect waitForIcon(const Desktop&, const Platform::Image& without, const Platform::X11::DeviceRect& panel);
 
-// A real click into the middle of it.
+// A real click into the middle of it. Returns when it has reached its window: where a
+// window manager holds a press back to look at it first, the button would else seem to be
+// let go where the pointer moved next.
 void click(Desktop&, const Platform::X11::DeviceRect& icon, std::uint8_t button);
 
 }  // namespace TestSupport
