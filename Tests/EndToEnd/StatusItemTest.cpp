@@ -435,6 +435,15 @@ TEST_F(EmbeddedStatusItem, LetsAShortcutWorkOnceWhileItsMenuIsOpen)
     EXPECT_TRUE(showsCrosshair());
 }
 
+TEST_F(EmbeddedStatusItem, IsThereWithoutAnyBus)
+{
+    start("unix:path=" + (desktop.home() / "no-bus").string());
+    click(desktop, waitForIcon(desktop, beneath, Trayer::frame), 1);
+    clickFirstEntry(desktop, waitForMenu(desktop));
+    EXPECT_TRUE(showsCrosshair());
+    EXPECT_EQ(program->standardError(), "");
+}
+
 TEST_F(EmbeddedStatusItem, QuitsTheProgramByTheMenusLastEntry)
 {
     click(desktop, startAndFind(), 1);

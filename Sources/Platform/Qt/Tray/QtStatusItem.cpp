@@ -36,11 +36,8 @@ void QtStatusItem::show(TrayKind kind)
     QObject::connect(
         m_icon.get(), &QSystemTrayIcon::activated, m_icon.get(), [this](auto reason) { clicked(reason); }, Qt::QueuedConnection);
     updatePanelMenu();
-    m_icon->setToolTip(m_description);
     if (m_hasImage)
-        m_icon->setIcon(trayGlyphIcon());
-    m_icon->show();
-    nameWindow();
+        showImage();
 }
 
 void QtStatusItem::setMenu(Menu* menu)
@@ -70,10 +67,16 @@ void QtStatusItem::setImage(StatusItemImage, std::string_view accessibilityDescr
 {
     m_hasImage = true;
     m_description = QString::fromUtf8(accessibilityDescription.data(), static_cast<qsizetype>(accessibilityDescription.size()));
-    if (m_icon == nullptr)
-        return;
+    if (m_icon != nullptr)
+        showImage();
+}
+
+// Qt complains on standard error about an icon that is shown without a picture.
+void QtStatusItem::showImage()
+{
     m_icon->setToolTip(m_description);
     m_icon->setIcon(trayGlyphIcon());
+    m_icon->show();
     nameWindow();
 }
 

@@ -20,7 +20,7 @@ public:
     QtStatusItem(const QtStatusItem&) = delete;
     QtStatusItem& operator=(const QtStatusItem&) = delete;
 
-    // There is a host of that kind: shows the icon.
+    // There is a host of that kind: shows the icon once it has an image.
     void show(TrayKind);
 
     StatusItemButton* button() override { return this; }
@@ -33,6 +33,7 @@ private:
     void performClick(std::function<void()> closed) override;
     void clicked(QSystemTrayIcon::ActivationReason);
     void updatePanelMenu();
+    void showImage();
     void nameWindow() const;
 
     std::vector<QtStatusItem*>& m_items;
