@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "KeyboardShortcuts/KeyboardShortcuts.h"
-#include "Platform/Freedesktop/DesktopReservedShortcuts.h"
+#include "Platform/Freedesktop/DesktopShortcutsModule.h"
 #include "Platform/Freedesktop/JsonUserDefaults.h"
 #include "Platform/Posix/ThreadSerialQueue.h"
 #include "Platform/Qt/QtApplication.h"
@@ -52,7 +52,7 @@ struct DesktopSystem::Parts {
     }};
     Platform::QtApplication application;
     Platform::Freedesktop::JsonUserDefaults userDefaults;
-    Platform::Freedesktop::DesktopReservedShortcuts reservedShortcuts;
+    Platform::Freedesktop::DesktopShortcutsModule reservedShortcuts;
     Connections connections;
     X11KeyboardLayout keyboardLayout;
     std::unique_ptr<OverlayKeys> overlayKeys = OverlayKeys::open(display, mainLoop, mainLoop);

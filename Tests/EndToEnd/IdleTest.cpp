@@ -3,6 +3,8 @@
 #include <linux/input-event-codes.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 #include "EndToEnd/CrosshairScene.h"
@@ -62,6 +64,16 @@ TEST_F(Idle, NeverWakesUpForWhatOtherWindowsDo)
     }
     EXPECT_EQ(wakeUpsWhileWatching(), 0);
     EXPECT_EQ(scene.program().voluntaryContextSwitches() - before, 0);
+}
+
+// More than a megabyte of resident memory.
+TEST_F(Idle, HasNotLoadedWhatOnlyARecorderOfShortcutsNeeds)
+{
+    std::ifstream maps("/proc/" + std::to_string(scene.program().process().pid()) + "/maps");
+    const std::string loaded{std::istreambuf_iterator<char>(maps), {}};
+    EXPECT_NE(loaded.find("libQt6Core"), std::string::npos);
+    EXPECT_EQ(loaded.find("libgio"), std::string::npos);
+    EXPECT_EQ(loaded.find("tarnwick-desktop-shortcuts"), std::string::npos);
 }
 
 }  // namespace

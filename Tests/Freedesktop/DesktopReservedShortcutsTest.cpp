@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/DesktopReservedShortcuts.h"
+#include "Platform/Freedesktop/Shortcuts/DesktopReservedShortcuts.h"
 
 #include <fcntl.h>
 #include <glob.h>

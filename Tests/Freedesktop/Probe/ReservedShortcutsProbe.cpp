@@ -1,7 +1,7 @@
 // Prints the running desktop's reserved shortcuts, one "key code, modifiers" a line, then
 // how long the quickest of COUNT questions took and how many file descriptors all but the
 // first left open. Ends when standard input does. PATIENCE is in milliseconds; without it,
-// the program's own counts.
+// the program's own counts, and they come from the module as in the program.
 //     reserved_shortcuts_probe [COUNT [PATIENCE]]
 // Or owns a name on the session bus and never answers anybody (it stops itself):
 //     reserved_shortcuts_probe mute NAME
@@ -14,11 +14,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <string_view>
-#include <utility>
 #include <vector>
 
-#include "Platform/Freedesktop/DesktopReservedShortcuts.h"
+#include "Platform/Freedesktop/DesktopShortcutsModule.h"
+#include "Platform/Freedesktop/Shortcuts/DesktopReservedShortcuts.h"
 
 namespace {
 
@@ -39,9 +40,8 @@ long openDescriptors()
     return std::distance(begin(descriptors), end(descriptors));
 }
 
-void printShortcuts(int count, Platform::Freedesktop::DesktopReservedShortcuts::Options options)
+void printShortcuts(int count, Platform::ReservedShortcuts& shortcuts)
 {
-    Platform::Freedesktop::DesktopReservedShortcuts shortcuts(std::move(options));
     std::vector<Platform::SymbolicHotKey> found;
     auto quickest = std::chrono::steady_clock::duration::max();
     long afterTheFirst = 0;
@@ -63,12 +63,16 @@ void printShortcuts(int count, Platform::Freedesktop::DesktopReservedShortcuts::
 
 int main(int argumentCount, char** arguments)
 {
+    using namespace Platform::Freedesktop;
     if (argumentCount == 3 && std::string_view(arguments[1]) == "mute") {
         ownNameAndStop(arguments[2]);
         return EXIT_SUCCESS;
     }
-    Platform::Freedesktop::DesktopReservedShortcuts::Options options;
-    if (argumentCount > 2)
+    std::unique_ptr<Platform::ReservedShortcuts> shortcuts = std::make_unique<DesktopShortcutsModule>(DESKTOP_SHORTCUTS_MODULE);
+    if (argumentCount > 2) {
+        DesktopReservedShortcuts::Options options;
         options.patience = std::chrono::milliseconds(std::atoi(arguments[2]));
-    printShortcuts(argumentCount > 1 ? std::atoi(arguments[1]) : 1, std::move(options));
+        shortcuts = std::make_unique<DesktopReservedShortcuts>(options);
+    }
+    printShortcuts(argumentCount > 1 ? std::atoi(arguments[1]) : 1, *shortcuts);
 }

@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "Platform/Freedesktop/GLibPointer.h"
+#include "Platform/Freedesktop/Shortcuts/GLibPointer.h"
 
 namespace TestSupport {
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "Platform/Freedesktop/GLibPointer.h"
-#include "Platform/Freedesktop/ShortcutSource.h"
+#include "Platform/Freedesktop/Shortcuts/GLibPointer.h"
+#include "Platform/Freedesktop/Shortcuts/ShortcutSource.h"
 
 namespace Platform::Freedesktop {
 

@@ -1,11 +1,11 @@
-#include "Platform/Freedesktop/ShortcutSource.h"
+#include "Platform/Freedesktop/Shortcuts/ShortcutSource.h"
 
 #include <algorithm>
 #include <array>
 
-#include "Platform/Freedesktop/GSettingsShortcuts.h"
-#include "Platform/Freedesktop/KGlobalAccelShortcuts.h"
-#include "Platform/Freedesktop/XfconfShortcuts.h"
+#include "Platform/Freedesktop/Shortcuts/GSettingsShortcuts.h"
+#include "Platform/Freedesktop/Shortcuts/KGlobalAccelShortcuts.h"
+#include "Platform/Freedesktop/Shortcuts/XfconfShortcuts.h"
 
 namespace Platform::Freedesktop {
 namespace {

@@ -1,4 +1,4 @@
-#include "Platform/Freedesktop/SessionBus.h"
+#include "Platform/Freedesktop/Shortcuts/SessionBus.h"
 
 #include <sys/stat.h>
 

@@ -1,9 +1,9 @@
-#include "Platform/Freedesktop/DesktopReservedShortcuts.h"
+#include "Platform/Freedesktop/Shortcuts/DesktopReservedShortcuts.h"
 
 #include <algorithm>
 #include <cstdlib>
 
-#include "Platform/Freedesktop/ShortcutSource.h"
+#include "Platform/Freedesktop/Shortcuts/ShortcutSource.h"
 #include "Platform/KeyCodes.h"
 
 namespace Platform::Freedesktop {

@@ -1,6 +1,6 @@
-#include "Platform/Freedesktop/KGlobalAccelShortcuts.h"
+#include "Platform/Freedesktop/Shortcuts/KGlobalAccelShortcuts.h"
 
-#include "Platform/Freedesktop/SessionBus.h"
+#include "Platform/Freedesktop/Shortcuts/SessionBus.h"
 
 namespace Platform::Freedesktop {
 namespace {

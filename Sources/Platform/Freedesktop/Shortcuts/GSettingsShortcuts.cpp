@@ -1,10 +1,10 @@
-#include "Platform/Freedesktop/GSettingsShortcuts.h"
+#include "Platform/Freedesktop/Shortcuts/GSettingsShortcuts.h"
 
 #include <array>
 #include <string>
 
-#include "Platform/Freedesktop/GLibPointer.h"
-#include "Platform/Freedesktop/SessionBus.h"
+#include "Platform/Freedesktop/Shortcuts/GLibPointer.h"
+#include "Platform/Freedesktop/Shortcuts/SessionBus.h"
 
 namespace Platform::Freedesktop {
 namespace {

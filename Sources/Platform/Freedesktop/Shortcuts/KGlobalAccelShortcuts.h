@@ -1,7 +1,7 @@
 // The shortcuts of KDE Plasma, from its global-shortcut service.
 #pragma once
 
-#include "Platform/Freedesktop/ShortcutSource.h"
+#include "Platform/Freedesktop/Shortcuts/ShortcutSource.h"
 
 namespace Platform::Freedesktop {
 

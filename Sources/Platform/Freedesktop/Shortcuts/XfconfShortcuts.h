@@ -2,7 +2,7 @@
 // from the settings service that both read.
 #pragma once
 
-#include "Platform/Freedesktop/ShortcutSource.h"
+#include "Platform/Freedesktop/Shortcuts/ShortcutSource.h"
 
 namespace Platform::Freedesktop {
 

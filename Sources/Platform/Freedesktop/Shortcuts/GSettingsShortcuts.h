@@ -4,7 +4,7 @@
 
 #include <span>
 
-#include "Platform/Freedesktop/ShortcutSource.h"
+#include "Platform/Freedesktop/Shortcuts/ShortcutSource.h"
 
 namespace Platform::Freedesktop {
 

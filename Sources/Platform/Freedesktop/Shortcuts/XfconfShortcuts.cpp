@@ -1,9 +1,9 @@
-#include "Platform/Freedesktop/XfconfShortcuts.h"
+#include "Platform/Freedesktop/Shortcuts/XfconfShortcuts.h"
 
 #include <algorithm>
 #include <array>
 
-#include "Platform/Freedesktop/SessionBus.h"
+#include "Platform/Freedesktop/Shortcuts/SessionBus.h"
 
 namespace Platform::Freedesktop {
 namespace {
