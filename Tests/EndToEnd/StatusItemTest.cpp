@@ -93,6 +93,10 @@ struct StatusItemScene : testing::Test {
     }
 
     bool hasNoMenu() { return waitForNoMenu(desktop); }
+    bool opensAMenu()
+    {
+        return waitUntil([&] { return !openMenus(desktop.connection()).empty(); }, 1s);
+    }
 
     void closeMenu()
     {
@@ -402,6 +406,20 @@ TEST_F(EmbeddedStatusItem, OpensTheMenuOnEveryClick)
     EXPECT_EQ(program->standardError(), "");
 }
 
+TEST_F(EmbeddedStatusItem, ClosesTheMenuOnTheNextClickOnTheIcon)
+{
+    const auto icon = startAndFind();
+    click(desktop, icon, 1);
+    EXPECT_FALSE(waitForMenu(desktop).contains({icon.x + icon.width / 2, icon.y + icon.height / 2}));
+    desktop.pointer().click(1);
+    EXPECT_TRUE(hasNoMenu());
+    EXPECT_FALSE(opensAMenu());
+    EXPECT_TRUE(showsNothing());
+    click(desktop, icon, 1);
+    clickFirstEntry(desktop, waitForMenu(desktop));
+    EXPECT_TRUE(showsCrosshair());
+}
+
 TEST_F(EmbeddedStatusItem, ShowsTheCrosshairOnALeftClickAndTheMenuOnOthers)
 {
     const auto icon = startAndFind(crosshairMode);
@@ -480,6 +498,20 @@ TEST_F(PanelStatusItem, OpensTheMenuOnEveryClick)
 TEST_F(PanelStatusItem, OpensTheMenuOnARightClickInEveryMode)
 {
     click(desktop, startAndFind(crosshairMode), 3);
+    clickFirstEntry(desktop, waitForMenu(desktop));
+    EXPECT_TRUE(showsCrosshair());
+}
+
+TEST_F(PanelStatusItem, ClosesTheMenuOnTheNextClickOnTheIcon)
+{
+    const auto icon = startAndFind();
+    click(desktop, icon, 1);
+    EXPECT_FALSE(waitForMenu(desktop).contains({icon.x + icon.width / 2, icon.y + icon.height / 2}));
+    desktop.pointer().click(1);
+    EXPECT_TRUE(hasNoMenu());
+    EXPECT_FALSE(opensAMenu());
+    EXPECT_TRUE(showsNothing());
+    click(desktop, icon, 1);
     clickFirstEntry(desktop, waitForMenu(desktop));
     EXPECT_TRUE(showsCrosshair());
 }

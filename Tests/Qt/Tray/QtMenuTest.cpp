@@ -50,7 +50,7 @@ TEST_F(QtMenuTest, ShowsTitlesAsTheyAreAndTheirHints)
 
 TEST_F(QtMenuTest, TellsWhenItOpensAndCloses)
 {
-    menu->popUp(closed());
+    menu->popUp({}, closed());
     EXPECT_TRUE(menu->qtMenu()->isVisible());
     EXPECT_EQ(takeLines(), (Lines{"tracking", "will open"}));
     menu->qtMenu()->close();
@@ -59,9 +59,9 @@ TEST_F(QtMenuTest, TellsWhenItOpensAndCloses)
 
 TEST_F(QtMenuTest, StaysOpenWhenItIsOpenedAgain)
 {
-    menu->popUp(closed());
+    menu->popUp({}, closed());
     takeLines();
-    menu->popUp(nullptr);
+    menu->popUp({}, nullptr);
     EXPECT_TRUE(takeLines().empty());
     menu->qtMenu()->close();
     EXPECT_EQ(takeLines(), (Lines{"no tracking", "closed"}));
@@ -69,7 +69,7 @@ TEST_F(QtMenuTest, StaysOpenWhenItIsOpenedAgain)
 
 TEST_F(QtMenuTest, CallsNobodyBackWhenItIsDismissed)
 {
-    menu->popUp(closed());
+    menu->popUp({}, closed());
     takeLines();
     menu->dismiss();
     EXPECT_FALSE(menu->qtMenu()->isVisible());
@@ -90,6 +90,14 @@ TEST_F(QtMenuTest, DropsAChoiceOfAMenuThatIsGone)
     menu.reset();
     QCoreApplication::processEvents();
     EXPECT_TRUE(takeLines().empty());
+}
+
+TEST_F(QtMenuTest, TakesNoClickWhenNoPressClosedIt)
+{
+    EXPECT_FALSE(menu->takeClosingClick());
+    menu->popUp({}, closed());
+    menu->qtMenu()->close();
+    EXPECT_FALSE(menu->takeClosingClick());
 }
 
 // As a panel does that draws the menu itself, and then says no more.

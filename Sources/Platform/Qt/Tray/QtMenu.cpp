@@ -1,17 +1,22 @@
 #include "Platform/Qt/Tray/QtMenu.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCursor>
+#include <QScreen>
 #include <QString>
-#include <chrono>
 #include <utility>
 
 #include "Platform/Qt/Tray/KeySequence.h"
+#include "Platform/Qt/Tray/MenuPlace.h"
 
 namespace Platform {
 namespace {
 
 constexpr std::chrono::seconds longestPanelMenu{30};
+
+// From a press on the icon to the word that it was clicked.
+constexpr std::chrono::milliseconds longestClick{500};
 
 // An ampersand would underline the character after it.
 QString textOf(std::string_view title)
@@ -60,12 +65,14 @@ MenuItem& QtMenu::addItem(std::string_view title, const KeyEquivalent& keyEquiva
     return *m_items.back();
 }
 
-void QtMenu::popUp(std::function<void()> closed)
+void QtMenu::popUp(const QRect& icon, std::function<void()> closed)
 {
     if (m_menu->isVisible())
         return;
     m_closed = std::move(closed);
-    m_menu->popup(QCursor::pos());
+    const auto pointer = QCursor::pos();
+    const auto* const screen = QGuiApplication::screenAt(pointer);
+    m_menu->popup(screen != nullptr ? menuPlace(pointer, icon, m_menu->sizeHint(), screen->geometry(), screen->availableGeometry()) : pointer);
     if (!m_menu->isVisible())
         aboutToHide();
 }
@@ -84,8 +91,18 @@ void QtMenu::aboutToShow()
         m_delegate->menuWillOpen();
 }
 
+bool QtMenu::takeClosingClick()
+{
+    const auto press = std::exchange(m_closingPress, std::nullopt);
+    return press && std::chrono::steady_clock::now() - press->time <= longestClick &&
+        (QCursor::pos() - press->place).manhattanLength() <= QApplication::startDragDistance();
+}
+
 void QtMenu::aboutToHide()
 {
+    const auto pointer = QCursor::pos();
+    if (QGuiApplication::mouseButtons() != Qt::NoButton && !m_menu->geometry().contains(pointer))
+        m_closingPress = Press{.time = std::chrono::steady_clock::now(), .place = pointer};
     setTracking(false);
     if (const auto closed = std::exchange(m_closed, nullptr))
         closed();

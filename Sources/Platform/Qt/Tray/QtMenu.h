@@ -5,8 +5,10 @@
 #include <QMenu>
 #include <QPointer>
 #include <QTimer>
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "Platform/StatusBar.h"
@@ -25,9 +27,12 @@ public:
     MenuItem& addItem(std::string_view title, const KeyEquivalent&, std::function<void()> action) override;
     void addSeparator() override { m_menu->addSeparator(); }
 
-    // Opens it at the pointer and returns at once; one that is open stays. `closed` is
-    // called once, from inside the call where the menu cannot open.
-    void popUp(std::function<void()> closed);
+    // Opens it by the icon (empty: by the pointer) and returns at once; one that is open
+    // stays. `closed` is called once, from inside the call where the menu cannot open.
+    void popUp(const QRect& icon, std::function<void()> closed);
+    // A press outside the menu closes it and still reaches what is there, which may be the
+    // icon. True when such a press came just now at this place; its click is then used up.
+    bool takeClosingClick();
     // Closes what popUp() opened, and calls nobody back.
     void dismiss();
 
@@ -35,6 +40,11 @@ public:
 
 private:
     class Item;
+
+    struct Press {
+        std::chrono::steady_clock::time_point time;
+        QPoint place;
+    };
 
     void aboutToShow();
     void aboutToHide();
@@ -44,6 +54,7 @@ private:
     MenuDelegate* m_delegate = nullptr;
     std::function<void()> m_closed;
     bool m_isTracking = false;
+    std::optional<Press> m_closingPress;
     // Not every panel tells when it closes the menu that it draws.
     QTimer m_longestTracking;
     std::unique_ptr<QMenu> m_menu;

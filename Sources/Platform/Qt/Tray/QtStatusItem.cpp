@@ -99,10 +99,19 @@ void QtStatusItem::clicked(QSystemTrayIcon::ActivationReason reason)
     const bool isRight = reason == QSystemTrayIcon::Context;
     if (!isLeft && !isRight)
         return;
+    if (isClosingClick())
+        return;
     if (m_menu != nullptr)
         performClick(nullptr);
     else if (m_action)
         m_action({.isRightMouseUp = isRight, .modifierFlags = heldModifierFlags()});
+}
+
+// A panel gets the press, too, that closes a menu of ours, and tells of it as of any other.
+bool QtStatusItem::isClosingClick() const
+{
+    auto* const menu = m_menu != nullptr ? m_menu : m_panelMenu;
+    return m_kind == TrayKind::dbus && menu != nullptr && menu->takeClosingClick();
 }
 
 void QtStatusItem::performClick(std::function<void()> closed)
@@ -113,7 +122,9 @@ void QtStatusItem::performClick(std::function<void()> closed)
         return;
     }
     m_openedMenu = m_menu;
-    m_menu->popUp([this, closed = std::move(closed)] {
+    // Over D-Bus nobody tells where the icon is.
+    const auto icon = m_icon != nullptr && m_kind == TrayKind::xembed ? m_icon->geometry() : QRect();
+    m_menu->popUp(icon, [this, closed = std::move(closed)] {
         m_openedMenu = nullptr;
         if (closed)
             closed();

@@ -32,6 +32,7 @@ private:
     void setAction(std::function<void(const StatusItemClick&)> action) override { m_action = std::move(action); }
     void performClick(std::function<void()> closed) override;
     void clicked(QSystemTrayIcon::ActivationReason);
+    bool isClosingClick() const;
     void updatePanelMenu();
     void showImage();
     void nameWindow() const;
