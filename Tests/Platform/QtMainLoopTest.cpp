@@ -9,6 +9,8 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -109,6 +111,39 @@ TEST_F(QtMainLoopTest, RunsTheRestOfATurnInANestedLoopToWhichNothingIsPosted)
     });
     ASSERT_TRUE(qt.runUntil([this] { return order.size() == 3; }));
     EXPECT_EQ(order, "(b)");
+}
+
+// A turn through all of Qt's sources in between would cost more than most tasks.
+TEST_F(QtMainLoopTest, RunsWhatATimerPostsBeforeQtTurnsToAnythingElse)
+{
+    std::unique_ptr<Timer> timer;
+    timer = loop.repeatingTimer(milliseconds(2), [&] {
+        timer.reset();
+        QMetaObject::invokeMethod(
+            qApp, [this] { order += "q"; }, Qt::QueuedConnection);
+        loop.post([this] {
+            order += "1";
+            loop.post([this] { order += "2"; });
+        });
+        order += "t";
+    });
+    ASSERT_TRUE(qt.runUntil([this] { return order.size() == 4; }));
+    EXPECT_EQ(order, "t12q");
+}
+
+TEST_F(QtMainLoopTest, LetsQtHaveItsTurnBetweenTasksThatPostThemselvesForEver)
+{
+    int runs = 0;
+    std::function<void()> again = [&] {
+        ++runs;
+        if (order.empty())
+            loop.post([&] { again(); });
+    };
+    again();
+    QMetaObject::invokeMethod(
+        qApp, [this] { order += "q"; }, Qt::QueuedConnection);
+    ASSERT_TRUE(qt.runUntil([this] { return order == "q"; }));
+    EXPECT_LT(runs, 50);
 }
 
 TEST_F(QtMainLoopTest, FiresTimersInANestedLoop)

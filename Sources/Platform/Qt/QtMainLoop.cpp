@@ -79,6 +79,7 @@ private:
 struct QtMainLoop::Tasks {
     FileDescriptor wakeUp{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"};
     std::mutex mutex;
+    bool isSignalled = false;
     TaskRing waiting;
     TaskRing running;
 
@@ -93,8 +94,9 @@ struct QtMainLoop::Tasks {
 
     bool takeWaiting()
     {
-        wakeUp.drain();
         const std::lock_guard lock(mutex);
+        if (std::exchange(isSignalled, false))
+            wakeUp.drain();
         // Where a task runs a nested loop, its turn serves what was left of the outer one first.
         while (!waiting.isEmpty())
             running.push(waiting.pop());
@@ -107,15 +109,27 @@ struct QtMainLoop::Tasks {
             Task task = running.pop();
             // The task may run a nested loop, which has to hear of the rest.
             if (!running.isEmpty())
-                wakeUp.signal();
+                signal();
             task();
         }
+    }
+
+    void signal()
+    {
+        const std::lock_guard lock(mutex);
+        signalLocked();
+    }
+
+    void signalLocked()
+    {
+        if (!std::exchange(isSignalled, true))
+            wakeUp.signal();
     }
 };
 
 QtMainLoop::QtMainLoop() : m_tasks(std::make_unique<Tasks>())
 {
-    m_watch = watch(m_tasks->wakeUp.get(), [this] { m_tasks->runWaiting(); });
+    m_watch = watchAlone(m_tasks->wakeUp.get(), [this] { m_tasks->runWaiting(); });
 }
 
 QtMainLoop::~QtMainLoop() = default;
@@ -123,10 +137,8 @@ QtMainLoop::~QtMainLoop() = default;
 void QtMainLoop::post(Task task)
 {
     const std::lock_guard lock(m_tasks->mutex);
-    const bool wasEmpty = m_tasks->waiting.isEmpty();
     m_tasks->waiting.push(std::move(task));
-    if (wasEmpty)
-        m_tasks->wakeUp.signal();
+    m_tasks->signalLocked();
 }
 
 std::unique_ptr<Timer> QtMainLoop::repeatingTimer(std::chrono::nanoseconds interval, std::function<void()> fired)
@@ -134,7 +146,16 @@ std::unique_ptr<Timer> QtMainLoop::repeatingTimer(std::chrono::nanoseconds inter
     return std::make_unique<TimerfdTimer>(*this, interval, std::move(fired));
 }
 
+// What the callback posts follows at once, without a turn through all of Qt's sources.
 Token QtMainLoop::watch(int fileDescriptor, std::function<void()> readable)
+{
+    return watchAlone(fileDescriptor, [this, readable = std::move(readable)] {
+        readable();
+        m_tasks->runWaiting();
+    });
+}
+
+Token QtMainLoop::watchAlone(int fileDescriptor, std::function<void()> readable)
 {
     auto* notifier = new QSocketNotifier(fileDescriptor, QSocketNotifier::Read);
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [readable = std::move(readable)] { readable(); });

@@ -21,6 +21,8 @@ public:
 private:
     struct Tasks;
 
+    static Token watchAlone(int fileDescriptor, std::function<void()> readable);
+
     const std::unique_ptr<Tasks> m_tasks;
     Token m_watch;
 };
