@@ -201,6 +201,25 @@ TEST_F(X11OverlayWindowsTest, ComesAboveWindowsMappedOrRaisedLater)
     EXPECT_EQ(delegate.dismissRequests, 0);
 }
 
+TEST_F(X11OverlayWindowsTest, ComesAboveAWindowMappedAfterTheLastPicture)
+{
+    const auto overlay = makeOverlay();
+    overlay->makeKeyAndOrderFront();
+    const auto row = solid(800, 1, red);
+    const Picture picture{.rectangle = {0, 400, 800, 1}, .image = &row};
+    for (int i = 0; i < 3; ++i) {
+        overlay->present({&picture, 1});
+        settle();
+    }
+    const auto window = mapForeign({100, 100, 300, 300}, blue, false);
+    const auto isLowest = [&] {
+        const auto tree =
+            adopt(xcb_query_tree_reply(desktop.connection(), xcb_query_tree(desktop.connection(), desktop.connection().root()), nullptr));
+        return tree && xcb_query_tree_children(tree.get())[0] == window;
+    };
+    EXPECT_TRUE(loopUntil(isLowest));
+}
+
 TEST_F(X11OverlayWindowsTest, StaysBeneathAScreenLockerAndAsksToBeDismissed)
 {
     const auto overlay = makeOverlay();

@@ -86,6 +86,15 @@ void StackGuard::stopWatching()
         return;
     m_isWatching = false;
     select(false);
+    m_pump.resume();
+}
+
+void StackGuard::ownWindowsMove()
+{
+    // A few ticks: whoever presents no more hears of foreign windows soon again.
+    constexpr auto pause = std::chrono::milliseconds(50);
+    if (m_isWatching)
+        m_pump.deliverNowAndPause(pause);
 }
 
 void StackGuard::select(bool isWanted)

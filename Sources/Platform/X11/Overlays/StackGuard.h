@@ -33,6 +33,11 @@ public:
     void watch();
     void stopWatching();
 
+    // To be called before each move of our own windows, of which the server tells this
+    // too: while they come 60 times a second, foreign windows are looked for as often, and
+    // no event wakes the main loop in between.
+    void ownWindowsMove();
+
 private:
     void handle(const xcb_generic_event_t&);
     void lookSoon();

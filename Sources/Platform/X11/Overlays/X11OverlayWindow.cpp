@@ -97,6 +97,7 @@ void X11OverlayWindow::setFrame(const Rect& frame)
 
 void X11OverlayWindow::present(std::span<const Picture> pictures)
 {
+    m_owner.m_stackGuard.ownWindowsMove();
     if (hasNewFormat())
         showInNewFormat(pictures);
     else
