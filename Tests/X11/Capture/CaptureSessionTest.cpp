@@ -171,12 +171,22 @@ TEST_F(CaptureSession, LeavesNoSharedMemoryBehind)
 TEST_F(CaptureSession, GivesBackThePixmapsOfWindowsThatAreGone)
 {
     start();
+    // What lies beneath an overlay is put together from the windows' pixmaps.
+    const auto captureBeneathAnOverlay = [this] {
+        const auto overlay = showOverlay(1, {0, 0, 320, 20});
+        auto captured = captureSettled({0, 0, 320, 200});
+        m_entries.clear();
+        m_stack.set(m_entries);
+        m_desktop.destroy(overlay);
+        return captured;
+    };
+    captureBeneathAnOverlay();
     captureSettled({0, 0, 320, 200});
     const auto before = resources();
     for (int i = 0; i < 10; ++i) {
         const auto destroyed = m_desktop.makeMappedWindow({.inner = {0, 0, 50, 50}, .colour = 0x00ff00});
         const auto unmapped = m_desktop.makeMappedWindow({.inner = {60, 0, 50, 50}, .colour = 0x80400000, .isArgb = true});
-        const auto captured = captureSettled({0, 0, 320, 200});
+        const auto captured = captureBeneathAnOverlay();
         EXPECT_EQ(captured.image.pixel(10, 10), 0xff00ff00);
         EXPECT_EQ(captured.image.pixel(70, 10), 0xff400000);
         EXPECT_GT(resources().at("PIXMAP"), before.at("PIXMAP"));
@@ -252,6 +262,7 @@ TEST_F(CaptureSession, AsksAgainOnlyWhenWhatItCapturesHasChanged)
 {
     m_desktop.makeMappedWindow({.inner = {0, 0, 50, 50}, .colour = 0x0000ff});
     const auto elsewhere = m_desktop.makeMappedWindow({.inner = {100, 100, 50, 50}, .colour = 0x00ff00});
+    showOverlay(1, {0, 0, 320, 100});
     start();
     captureSettled({10, 10, 5, 5});
     const auto before = m_captureServer->roundTrips();

@@ -30,7 +30,7 @@ protected:
         DeviceRect area;
         friend bool operator==(const Part&, const Part&) = default;
     };
-    std::vector<Part> plan(const DeviceRect& area, bool blends = false)
+    std::vector<Part> plan(const DeviceRect& area, bool blends = true)
     {
         m_steps.clear();
         BelowOverlay below;
@@ -65,28 +65,43 @@ TEST_F(PaintPlan, FillsTheRestFromBelow)
     EXPECT_EQ(plan({0, 5, 40, 1}), (Parts{{middle, {10, 5, 10, 1}}, {low, {0, 5, 10, 1}}, {low, {20, 5, 10, 1}}, {XCB_WINDOW_NONE, {30, 5, 10, 1}}}));
 }
 
-TEST_F(PaintPlan, BelievesTheScreenForTheRootWhereNoWindowLiesWithoutACompositor)
+TEST_F(PaintPlan, BelievesTheScreenWithoutACompositorWhereNothingHidesIt)
+{
+    add(low, {0, 0, 45, 100});
+    add(middle, {40, 0, 10, 100});
+    add(high, {60, 0, 5, 100});
+    m_entries = {{1, {{middle, {40, 0, 10, 100}}}, XCB_WINDOW_NONE}};
+
+    EXPECT_EQ(plan({0, 5, 100, 1}, false),
+        (Parts{{XCB_WINDOW_NONE, {0, 5, 40, 1}}, {XCB_WINDOW_NONE, {50, 5, 10, 1}}, {XCB_WINDOW_NONE, {65, 5, 35, 1}}, {low, {40, 5, 5, 1}},
+            {XCB_WINDOW_NONE, {45, 5, 5, 1}}, {XCB_WINDOW_NONE, {60, 5, 5, 1}}}));
+    const auto isOnScreen = [&](std::size_t i) { return m_steps[i].isOnScreen; };
+    EXPECT_TRUE(isOnScreen(0) && isOnScreen(1) && isOnScreen(2));
+    EXPECT_FALSE(isOnScreen(3) || isOnScreen(4) || isOnScreen(5));
+}
+
+TEST_F(PaintPlan, BelievesNothingOfTheScreenUnderACompositor)
 {
     add(low, {0, 0, 10, 100});
-    add(middle, {40, 0, 5, 100});
-    add(high, {60, 0, 5, 100});
-    m_entries = {{1, {{middle, {40, 0, 5, 100}}}, XCB_WINDOW_NONE}};
-    const auto isOnScreen = [&](std::size_t i) { return m_steps[i].isOnScreen; };
-
-    EXPECT_EQ(plan({0, 5, 100, 1}),
-        (Parts{{low, {0, 5, 10, 1}}, {XCB_WINDOW_NONE, {40, 5, 5, 1}}, {XCB_WINDOW_NONE, {60, 5, 5, 1}}, {XCB_WINDOW_NONE, {10, 5, 30, 1}},
-            {XCB_WINDOW_NONE, {45, 5, 15, 1}}, {XCB_WINDOW_NONE, {65, 5, 35, 1}}}));
-    EXPECT_FALSE(isOnScreen(0) || isOnScreen(1) || isOnScreen(2));
-    EXPECT_TRUE(isOnScreen(3) && isOnScreen(4) && isOnScreen(5));
-
     EXPECT_EQ(plan({0, 5, 100, 1}, true), (Parts{{low, {0, 5, 10, 1}}, {XCB_WINDOW_NONE, {10, 5, 90, 1}}}));
-    EXPECT_FALSE(isOnScreen(1));
+    EXPECT_FALSE(m_steps[0].isOnScreen || m_steps[1].isOnScreen);
+}
+
+TEST_F(PaintPlan, TakesAWindowOfUnknownKindForOneThatHidesTheScreen)
+{
+    add(low, {0, 0, 100, 100});
+    add(middle, {0, 0, 5, 100});
+    add(high, {0, 0, 10, 100}).needsAttributes = true;
+    m_entries = {{1, {{middle, {0, 0, 5, 100}}}, XCB_WINDOW_NONE}};
+    EXPECT_EQ(plan({0, 5, 20, 1}, false), (Parts{{XCB_WINDOW_NONE, {10, 5, 10, 1}}, {low, {0, 5, 5, 1}}, {low, {5, 5, 5, 1}}}));
 }
 
 TEST_F(PaintPlan, LooksThroughBlendedWindowsWithACompositorOnly)
 {
     add(low, {0, 0, 100, 100});
     add(middle, {0, 0, 100, 100}, 32);
+    add(high, {0, 0, 100, 100});
+    m_entries = {{1, {{high, {0, 0, 100, 100}}}, XCB_WINDOW_NONE}};
     EXPECT_EQ(plan({0, 5, 10, 1}, true), (Parts{{middle, {0, 5, 10, 1}}, {low, {0, 5, 10, 1}}}));
     EXPECT_TRUE(m_steps[0].isBlended);
     EXPECT_FALSE(m_steps[1].isBlended);
@@ -97,6 +112,8 @@ TEST_F(PaintPlan, LooksThroughBlendedWindowsWithACompositorOnly)
 TEST_F(PaintPlan, TakesTheOpacityWithACompositorOnly)
 {
     add(low, {0, 0, 100, 100}).opacity = 0x80808080;
+    add(high, {0, 0, 100, 100});
+    m_entries = {{1, {{high, {0, 0, 100, 100}}}, XCB_WINDOW_NONE}};
     plan({0, 5, 10, 1}, true);
     EXPECT_EQ(m_steps[0].alpha, 0x80);
     EXPECT_TRUE(m_steps[0].isBlended);

@@ -112,11 +112,13 @@ TEST_F(X11ScreenCapture, AllocatesNothingInSteadyState)
         const std::array<Rect, 2> rects = {{{0, double(y), 320, 1}, {double(x), 0, 1, 200}}};
         m_capture->windowsBelow(1, CaptureResolution::nominal, rects, answers);
     };
-    captureAt(10, 10);
-    captureAt(11, 10);
+    const auto captureAlongTheWay = [&] {
+        for (int i = 0; i < 100; ++i)
+            captureAt(10 + i, 20 + i);
+    };
+    captureAlongTheWay();
     const auto before = allocationCount();
-    for (int i = 0; i < 100; ++i)
-        captureAt(10 + i, 20 + i);
+    captureAlongTheWay();
     EXPECT_EQ(allocationCount() - before, 0U);
     EXPECT_GT(before, 0U);
     EXPECT_EQ(answers[0].truth, CaptureTruth::exact);

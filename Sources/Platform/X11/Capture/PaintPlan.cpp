@@ -22,6 +22,21 @@ PaintStep stepFor(const ToplevelWindow& window, bool blends)
     return step;
 }
 
+PaintStep rootStep(const StackModel& model)
+{
+    PaintStep step;
+    step.contents = model.rootBackground();
+    return step;
+}
+
+void add(PaintStep step, std::span<const DeviceRect> parts, std::vector<PaintStep>& steps)
+{
+    for (const auto& part : parts) {
+        step.area = part;
+        steps.push_back(step);
+    }
+}
+
 }  // namespace
 
 bool BelowOverlay::leavesOut(xcb_window_t window) const { return std::find(leftOut.begin(), leftOut.end(), window) != leftOut.end(); }
@@ -53,6 +68,8 @@ void PaintPlanner::plan(const StackModel& model, const BelowOverlay& below, bool
 {
     m_uncovered.clear();
     m_uncovered.add(intersection(area, model.root()));
+    if (!blends)
+        takeWhatTheScreenShows(model, below, steps);
     const auto windows = model.windows();
     for (std::size_t i = below.top; i-- > 0 && !m_uncovered.isEmpty();) {
         const auto& window = windows[i];
@@ -68,30 +85,13 @@ void PaintPlanner::plan(const StackModel& model, const BelowOverlay& below, bool
                 m_uncovered.subtract(part);
         }
     }
-    planRoot(model, below, blends, steps);
+    add(rootStep(model), m_uncovered.rects(), steps);
 }
 
-void PaintPlanner::planRoot(const StackModel& model, const BelowOverlay& below, bool blends, std::vector<PaintStep>& steps)
+// What no window that is left out hides: all else is to be put together from the windows.
+void PaintPlanner::takeWhatTheScreenShows(const StackModel& model, const BelowOverlay& below, std::vector<PaintStep>& steps)
 {
-    PaintStep step;
-    step.contents = model.rootBackground();
-    const auto add = [&](std::span<const DeviceRect> parts) {
-        for (const auto& part : parts) {
-            step.area = part;
-            steps.push_back(step);
-        }
-    };
     m_parts.clear();
-    if (!blends)
-        takeHiddenParts(model, below);
-    add(m_parts);
-    step.isOnScreen = !blends;
-    add(m_uncovered.rects());
-}
-
-// Moves what is left of the root and lies under windows that do not count to m_parts.
-void PaintPlanner::takeHiddenParts(const StackModel& model, const BelowOverlay& below)
-{
     const auto windows = model.windows();
     for (std::size_t i = 0; i < windows.size(); ++i) {
         const auto& window = windows[i];
@@ -100,6 +100,12 @@ void PaintPlanner::takeHiddenParts(const StackModel& model, const BelowOverlay& 
         m_uncovered.appendIntersection(window.frame, m_parts);
         m_uncovered.subtract(window.frame);
     }
+    auto step = rootStep(model);
+    step.isOnScreen = true;
+    add(step, m_uncovered.rects(), steps);
+    m_uncovered.clear();
+    for (const auto& part : m_parts)
+        m_uncovered.add(part);
 }
 
 void PaintPlanner::findVisibleParts(const ToplevelWindow& window)

@@ -19,7 +19,7 @@ struct PaintStep {
     std::uint8_t depth = 0;
     std::uint8_t alpha = 0xff;  // the whole window's
     bool isBlended = false;     // drawn over what lies beneath, else in its place
-    bool isOnScreen = false;    // of the root: no window lies there, so the screen shows it
+    bool isOnScreen = false;    // of the root: with all that lies on it, as the screen shows it
     DeviceRect area;            // of the screen
     DevicePoint source;         // where the area's corner lies in the window's pixmap
 
@@ -44,13 +44,13 @@ class PaintPlanner {
 public:
     // Appends to `steps` what is to be painted, the highest first. With `blends` windows
     // show what lies beneath as far as their alpha and opacity say, as compositors do;
-    // without, every window is opaque and the screen shows the root where no window is.
+    // without, every window is opaque and the screen shows what no window that is left out
+    // hides.
     void plan(const StackModel&, const BelowOverlay&, bool blends, const DeviceRect& area, std::vector<PaintStep>& steps);
 
 private:
     void findVisibleParts(const ToplevelWindow&);
-    void planRoot(const StackModel&, const BelowOverlay&, bool blends, std::vector<PaintStep>& steps);
-    void takeHiddenParts(const StackModel&, const BelowOverlay&);
+    void takeWhatTheScreenShows(const StackModel&, const BelowOverlay&, std::vector<PaintStep>& steps);
 
     Region m_uncovered;
     std::vector<DeviceRect> m_parts;
