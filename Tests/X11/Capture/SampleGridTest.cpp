@@ -48,6 +48,19 @@ TEST_F(SampleGrid, TakesEveryPixelAtScaleOne)
     EXPECT_EQ(m_image.pixel(0, 0), 0xff000000U + 403);
 }
 
+TEST_F(SampleGrid, ForgetsThePlaceTheSizeAndTheScaleOfTheFormerRectangle)
+{
+    ASSERT_TRUE(lay({3, 4, 3, 2}));
+    ASSERT_TRUE(lay({5, 1, 3, 2}));
+    EXPECT_EQ(fill(), (Numbers{105, 106, 107, 205, 206, 207}));
+    ASSERT_TRUE(lay({5, 1, 2, 1}));
+    EXPECT_EQ(fill(), (Numbers{105, 106}));
+    ASSERT_TRUE(lay({2, 1, 2, 1}, 2));
+    EXPECT_EQ(fill(), (Numbers{204, 206}));
+    ASSERT_TRUE(lay({5, 1, 2, 1}));
+    EXPECT_EQ(fill(), (Numbers{105, 106}));
+}
+
 TEST_F(SampleGrid, TakesTheNearestPixelOfEachPointAtScaleOneAndAHalf)
 {
     ASSERT_TRUE(lay({0, 0, 4, 1}, 1.5));

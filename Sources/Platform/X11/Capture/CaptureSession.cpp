@@ -66,11 +66,14 @@ void CaptureSession::takeQueuedEvents()
 // Brings the model up to what the server has told so far.
 void CaptureSession::catchUp()
 {
-    for (int i = 0; i < mostEventsAtOnce; ++i) {
-        const auto event = Event(xcb_poll_for_event(m_server.connection()));
-        if (!event)
-            break;
-        takeEvent(*event);
+    // One look at the socket reads fewer events than this: the last look found it empty.
+    constexpr int fewEvents = 64;
+    for (int taken = 0, before = -fewEvents; taken - before >= fewEvents && taken < mostEventsAtOnce;) {
+        before = taken;
+        for (auto event = Event(xcb_poll_for_event(m_server.connection())); event; event = Event(xcb_poll_for_queued_event(m_server.connection()))) {
+            takeEvent(*event);
+            ++taken;
+        }
     }
     if (m_reader.model().isBroken())
         m_reader.prime();

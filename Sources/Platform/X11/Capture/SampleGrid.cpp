@@ -17,25 +17,27 @@ bool isUsable(const Rect& rect)
         rect.width * rect.height <= largestArea;
 }
 
-void laySide(std::vector<int>& samples, int start, int length, int count, double step)
+}  // namespace
+
+void SampleGrid::Axis::lay(int start, int length, int count, double step)
 {
-    samples.resize(static_cast<std::size_t>(count));
+    m_start = start;
+    if (length == m_length && step == m_step && count == static_cast<int>(m_offsets.size()))
+        return;
+    m_length = length;
+    m_step = step;
+    m_offsets.resize(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
-        samples[static_cast<std::size_t>(i)] = start + std::min(snap(i * step), length - 1);
+        m_offsets[static_cast<std::size_t>(i)] = std::min(snap(i * step), length - 1);
 }
 
-// Indices of the samples that lie in [from, to).
-struct Range {
-    std::size_t from;
-    std::size_t to;
-};
-Range samplesWithin(const std::vector<int>& samples, int from, int to)
+SampleGrid::Axis::Range SampleGrid::Axis::within(int from, int to) const
 {
-    const auto index = [&](int value) { return static_cast<std::size_t>(std::lower_bound(samples.begin(), samples.end(), value) - samples.begin()); };
+    const auto index = [this](int value) {
+        return static_cast<std::size_t>(std::lower_bound(m_offsets.begin(), m_offsets.end(), value - m_start) - m_offsets.begin());
+    };
     return {index(from), index(to)};
 }
-
-}  // namespace
 
 bool SampleGrid::lay(const MonitorLayout& layout, const DeviceRect& root, const Rect& rect, CaptureResolution resolution)
 {
@@ -46,8 +48,8 @@ bool SampleGrid::lay(const MonitorLayout& layout, const DeviceRect& root, const 
         return false;
     const bool isBest = resolution == CaptureResolution::best;
     const double step = isBest ? 1 : layout.scaleOfCapture(rect);
-    laySide(m_columns, device.x, device.width, isBest ? device.width : std::max(1, snap(rect.width)), step);
-    laySide(m_rows, device.y, device.height, isBest ? device.height : std::max(1, snap(rect.height)), step);
+    m_columns.lay(device.x, device.width, isBest ? device.width : std::max(1, snap(rect.width)), step);
+    m_rows.lay(device.y, device.height, isBest ? device.height : std::max(1, snap(rect.height)), step);
     const DeviceRect sampled = {m_columns.front(), m_rows.front(), m_columns.back() - m_columns.front() + 1, m_rows.back() - m_rows.front() + 1};
     m_area = intersection(sampled, root);
     if (m_area.isEmpty())
@@ -57,7 +59,7 @@ bool SampleGrid::lay(const MonitorLayout& layout, const DeviceRect& root, const 
 
 void SampleGrid::fill(const MonitorLayout& layout, std::span<const std::uint32_t> pixels, Image& image) const
 {
-    image.resize(static_cast<int>(m_columns.size()), static_cast<int>(m_rows.size()));
+    image.resize(static_cast<int>(m_columns.count()), static_cast<int>(m_rows.count()));
     const DevicePoint first = {m_columns.front(), m_rows.front()};
     const DevicePoint last = {m_columns.back(), m_rows.back()};
     const auto showsAll = [&](const Monitor& monitor) {
@@ -76,13 +78,21 @@ void SampleGrid::fillPart(const DeviceRect& visible, std::span<const std::uint32
     constexpr std::uint32_t opaque = 0xff000000;
     if (visible.isEmpty())
         return;
-    const auto columns = samplesWithin(m_columns, visible.x, visible.right());
-    const auto rows = samplesWithin(m_rows, visible.y, visible.bottom());
+    const auto columns = m_columns.within(visible.x, visible.right());
+    const auto rows = m_rows.within(visible.y, visible.bottom());
+    if (columns.from == columns.to)
+        return;
     for (auto row = rows.from; row < rows.to; ++row) {
-        const auto* from = pixels.data() + static_cast<std::ptrdiff_t>(m_rows[row] - m_area.y) * m_area.width - m_area.x;
-        auto* to = image.pixels().data() + row * m_columns.size();
+        const auto* from = pixels.data() + static_cast<std::ptrdiff_t>(m_rows.at(row) - m_area.y) * m_area.width - m_area.x;
+        auto* to = image.pixels().data() + row * m_columns.count();
+        if (m_columns.isUnbroken()) {
+            const auto* first = from + m_columns.at(columns.from);
+            const auto* last = first + (columns.to - columns.from);
+            std::transform(first, last, to + columns.from, [](std::uint32_t pixel) { return pixel | opaque; });
+            continue;
+        }
         for (auto column = columns.from; column < columns.to; ++column)
-            to[column] = from[m_columns[column]] | opaque;
+            to[column] = from[m_columns.at(column)] | opaque;
     }
 }
 

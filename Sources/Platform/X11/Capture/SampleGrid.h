@@ -25,10 +25,36 @@ public:
     void fill(const MonitorLayout&, std::span<const std::uint32_t> pixels, Image&) const;
 
 private:
+    // The columns or the rows that are sampled, in ascending order. They are reckoned anew
+    // only where their number, step or bound changes, not where the rectangle moves.
+    class Axis {
+    public:
+        void lay(int start, int length, int count, double step);
+        std::size_t count() const { return m_offsets.size(); }
+        int front() const { return m_start + m_offsets.front(); }
+        int back() const { return m_start + m_offsets.back(); }
+        int at(std::size_t index) const { return m_start + m_offsets[index]; }
+        // No device pixel is left out or comes twice.
+        bool isUnbroken() const { return m_step == 1 && static_cast<int>(count()) <= m_length; }
+
+        // Indices of the samples that lie in [from, to).
+        struct Range {
+            std::size_t from;
+            std::size_t to;
+        };
+        Range within(int from, int to) const;
+
+    private:
+        int m_start = 0;
+        int m_length = 0;
+        double m_step = 0;
+        std::vector<int> m_offsets;
+    };
+
     void fillPart(const DeviceRect& visible, std::span<const std::uint32_t> pixels, Image&) const;
 
-    std::vector<int> m_columns;
-    std::vector<int> m_rows;
+    Axis m_columns;
+    Axis m_rows;
     DeviceRect m_area;
 };
 
