@@ -7,7 +7,7 @@ namespace Platform::X11 {
 
 namespace {
 
-// The lines of a crosshair are not worth it.
+// The lines of a crosshair are not worth it: shared, they cost as much.
 constexpr std::size_t fewestShared = 16384;
 
 }  // namespace
@@ -18,8 +18,8 @@ std::span<std::uint32_t> PictureBuffer::take(std::size_t pixels)
         share(pixels);
     if (m_shared && pixels <= m_capacity) {
         m_half = 1 - m_half;
-        if (const auto cookie = std::exchange(m_whenRead[m_half], std::nullopt))
-            adopt(xcb_get_input_focus_reply(m_connection, *cookie, nullptr));
+        if (const auto put = std::exchange(m_puts[m_half], std::nullopt))
+            adopt(xcb_request_check(m_connection, *put));
         m_taken = m_shared->pixels().subspan(m_half * m_capacity, pixels);
     } else {
         m_own.resize(pixels);
@@ -40,10 +40,10 @@ void PictureBuffer::share(std::size_t pixels)
 // The server reads what was put before it lets go of the memory.
 void PictureBuffer::forgetPuts()
 {
-    for (auto& cookie : m_whenRead) {
-        if (cookie)
-            xcb_discard_reply(m_connection, cookie->sequence);
-        cookie.reset();
+    for (auto& put : m_puts) {
+        if (put)
+            xcb_discard_reply(m_connection, put->sequence);
+        put.reset();
     }
 }
 
@@ -56,11 +56,10 @@ void PictureBuffer::put(xcb_window_t window, xcb_gcontext_t graphics, std::uint8
     const auto columns = static_cast<std::uint16_t>(width);
     const auto rows = static_cast<std::uint16_t>(m_taken.size() / columns);
     const auto offset = static_cast<std::uint32_t>(m_half * m_capacity * sizeof(std::uint32_t));
-    xcb_shm_put_image(
+    if (m_puts[m_half])
+        xcb_discard_reply(m_connection, m_puts[m_half]->sequence);
+    m_puts[m_half] = xcb_shm_put_image_checked(
         m_connection, window, graphics, columns, rows, 0, 0, columns, rows, 0, 0, depth, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_shared->segment(), offset);
-    if (m_whenRead[m_half])
-        xcb_discard_reply(m_connection, m_whenRead[m_half]->sequence);
-    m_whenRead[m_half] = xcb_get_input_focus(m_connection);
 }
 
 // As many rows as fit one request are put together.

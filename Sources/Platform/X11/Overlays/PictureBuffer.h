@@ -39,8 +39,8 @@ private:
     bool m_isShareable = true;
     std::unique_ptr<SharedMemory> m_shared;  // two halves: the server reads the one while the next picture goes to the other
     std::size_t m_half = 0;
-    std::size_t m_capacity = 0;                                             // of a half, in pixels
-    std::array<std::optional<xcb_get_input_focus_cookie_t>, 2> m_whenRead;  // their answers come when the server has done
+    std::size_t m_capacity = 0;                              // of a half, in pixels
+    std::array<std::optional<xcb_void_cookie_t>, 2> m_puts;  // what any later answer of the server tells to be done
     std::vector<std::uint32_t> m_own;
     std::span<std::uint32_t> m_taken;
 };

@@ -149,11 +149,24 @@ void PictureWindow::paintColour(std::uint32_t colour)
     xcb_poly_fill_rectangle(m_connection, m_window, m_graphics, 1, &all);
 }
 
-// Stretches without smoothing: device pixel i of n shows image pixel floor(i * side / n).
 void PictureWindow::paintImage(const Image& image, const DeviceRect& whole)
 {
+    const auto pixels = m_buffer.take(static_cast<std::size_t>(m_frame.width) * static_cast<std::size_t>(m_frame.height));
+    const bool isWholeLines = image.width() == whole.width && image.height() == whole.height && m_frame.width == whole.width;
+    if (isWholeLines)
+        std::memcpy(pixels.data(), image.pixels().data() + std::ptrdiff_t{m_frame.y - whole.y} * whole.width, pixels.size_bytes());
+    else
+        stretch(image, whole, pixels);
+    if (m_format.isOutlined)
+        follow(pixels);
+    m_colour.reset();
+    m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width);
+}
+
+// Without smoothing: device pixel i of n shows image pixel floor(i * side / n).
+void PictureWindow::stretch(const Image& image, const DeviceRect& whole, std::span<std::uint32_t> pixels) const
+{
     const auto width = static_cast<std::size_t>(m_frame.width);
-    const auto pixels = m_buffer.take(width * static_cast<std::size_t>(m_frame.height));
     const auto sourceColumn = [&](long x) { return (m_frame.x - whole.x + x) * image.width() / whole.width; };
     const auto sourceRow = [&](long y) { return (m_frame.y - whole.y + y) * image.height() / whole.height; };
     for (int y = 0; y < m_frame.height; ++y) {
@@ -166,10 +179,6 @@ void PictureWindow::paintImage(const Image& image, const DeviceRect& whole)
         for (int x = 0; x < m_frame.width; ++x)
             to[x] = from[static_cast<std::size_t>(sourceColumn(x))];
     }
-    if (m_format.isOutlined)
-        follow(pixels);
-    m_colour.reset();
-    m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width);
 }
 
 void PictureWindow::follow(std::span<std::uint32_t> pixels)

@@ -49,6 +49,7 @@ private:
     void paint(const Picture&, const DeviceRect& whole);
     void paintColour(std::uint32_t colour);
     void paintImage(const Image&, const DeviceRect& whole);
+    void stretch(const Image&, const DeviceRect& whole, std::span<std::uint32_t> pixels) const;
     void paintAgain();
     void follow(std::span<std::uint32_t> pixels);
 
