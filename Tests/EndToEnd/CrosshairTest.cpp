@@ -160,6 +160,7 @@ TEST_P(CrosshairTest, GivesWayToAScreenLocker)
     Platform::Image locked(1280, 800);
     std::fill(locked.pixels().begin(), locked.pixels().end(), 0xff204060);
     EXPECT_TRUE(waitUntil([&] { return desktop.screenshot() == locked; })) << difference(locked, desktop.screenshot()).value_or("");
+    EXPECT_TRUE(scene.takesOverlaysAway());
     scene.activeWindow().takeEvents();
     desktop.keyboard().tap(KEY_A);
     locker.kill();

@@ -2,9 +2,11 @@
 
 #include <linux/input-event-codes.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <string_view>
 
 #include "EndToEnd/ExpectedScreen.h"
 #include "Support/Desktop/ForeignHotKey.h"
@@ -77,6 +79,26 @@ bool Scene::showsCursorAt(int x, int y)
 bool Scene::showsNoCursor()
 {
     return waitUntil([&] { return visibleCursorPixels(m_desktop.frameBuffer().read()) == 0; }, std::chrono::seconds(5));
+}
+
+bool Scene::takesOverlaysAway()
+{
+    auto& c = m_desktop.connection();
+    const auto isMappedOverlay = [&](xcb_window_t window) {
+        const auto attributes = Platform::X11::adopt(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, window), nullptr));
+        const auto nameCookie = xcb_get_property(c, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 64);
+        const auto name = Platform::X11::adopt(xcb_get_property_reply(c, nameCookie, nullptr));
+        if (!attributes || !name || attributes->override_redirect == 0 || attributes->map_state != XCB_MAP_STATE_VIEWABLE)
+            return false;
+        const std::string_view value(
+            static_cast<const char*>(xcb_get_property_value(name.get())), static_cast<std::size_t>(xcb_get_property_value_length(name.get())));
+        return value.starts_with("tarnwick");
+    };
+    return waitUntil([&] {
+        const auto tree = Platform::X11::adopt(xcb_query_tree_reply(c, xcb_query_tree(c, c.root()), nullptr));
+        const auto* children = xcb_query_tree_children(tree.get());
+        return std::none_of(children, children + xcb_query_tree_children_length(tree.get()), isMappedOverlay);
+    });
 }
 
 std::vector<std::string> Scene::eventsUpTo(const std::string& last)

@@ -51,6 +51,10 @@ public:
     bool showsCursorAt(int x, int y);
     bool showsNoCursor();
 
+    // Whether the program takes away its overlays' windows, also where something above hides
+    // them; it waits for that.
+    bool takesOverlaysAway();
+
     // All events of the active window up to the wanted last one, which must arrive. Modifier
     // keys are left out: alone they do nothing, so the overlays let them pass, and those of
     // the shortcut come before one is up.
