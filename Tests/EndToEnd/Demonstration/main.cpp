@@ -2,13 +2,16 @@
 // presses real keys, checks what the screen shows and leaves pictures of it. The same
 // fonts and window manager give the same pictures, byte for byte.
 //
-//   tarnwick_demonstration FOLDER
+//   tarnwick_demonstration FOLDER            the overlays
+//   tarnwick_demonstration --panel FOLDER    the icon in xfce4-panel, and its menu
 #include <linux/input-event-codes.h>
 
 #include <QGuiApplication>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
+#include "EndToEnd/Demonstration/PanelShow.h"
 #include "EndToEnd/Demonstration/Pictures.h"
 #include "EndToEnd/Demonstration/Stage.h"
 #include "EndToEnd/ExpectedLoupe.h"
@@ -98,12 +101,14 @@ private:
     }
 };
 
-bool runEveryShow(int argc, char** argv)
+bool runShows(int argc, char** argv)
 {
     const TemporaryFolder runtimeFolder;
     setenv("XDG_RUNTIME_DIR", runtimeFolder.path().c_str(), 1);
     setenv("QT_QPA_PLATFORM", "offscreen", 1);  // for painting text
     const QGuiApplication application(argc, argv);
+    if (argc == 3)
+        return Demonstration::showPanel(argv[2]);
     const bool isCrosshairRight = CrosshairShow(argv[1]).run();
     const bool isLoupeRight = LoupeShow(argv[1]).run();
     return isCrosshairRight && isLoupeRight;
@@ -113,12 +118,12 @@ bool runEveryShow(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::fputs("usage: tarnwick_demonstration FOLDER\n", stderr);
+    if (argc != 2 && !(argc == 3 && std::string_view(argv[1]) == "--panel")) {
+        std::fputs("usage: tarnwick_demonstration [--panel] FOLDER\n", stderr);
         return EXIT_FAILURE;
     }
     try {
-        return runEveryShow(argc, argv) ? EXIT_SUCCESS : EXIT_FAILURE;
+        return runShows(argc, argv) ? EXIT_SUCCESS : EXIT_FAILURE;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "error: %s\n", error.what());
         return EXIT_FAILURE;
