@@ -23,6 +23,7 @@ RestFigures measureRest(const Options&);
 // How much more memory the X server holds while the crosshair is up.
 struct ServerMemoryFigures {
     long bytesAlone = 0;        // on a screen without windows
+    long bytesOfKeys = 0;       // of a client that only grabs as many keys as the program does
     long bytesWithWindows = 0;  // with ten
 };
 
