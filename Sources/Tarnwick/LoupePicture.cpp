@@ -56,6 +56,14 @@ struct Side {
     }
 };
 
+bool areOpaque(std::span<const std::uint32_t> pixels)
+{
+    std::uint32_t common = opaque;
+    for (const auto pixel : pixels)
+        common &= pixel;
+    return common == opaque;
+}
+
 void layIndices(std::vector<std::size_t>& indices, std::size_t size, const Side& side)
 {
     indices.resize(size);
@@ -172,6 +180,7 @@ void LoupePicture::laySample(const Platform::Image& sample, const Platform::Rect
     const double length = (m_diameter - 2 * circleInset) * m_scale;
     layIndices(m_sampleColumns, size, {start, length, part.x, part.width, width});
     layIndices(m_sampleRows, size, {start, length, part.y, part.height, height});
+    m_showsSampleOnly = std::find(m_sampleColumns.begin(), m_sampleColumns.end(), width) == m_sampleColumns.end();
     m_blended.resize(width + 1);
     m_blended[width] = backdropColour;
 }
@@ -205,11 +214,13 @@ void LoupePicture::magnifyRow(const Platform::Image* sample, std::size_t y)
     if (sample == nullptr || m_sampleRows[y] == m_sampleHeight) {
         std::fill(m_row.begin(), m_row.end(), backdropColour);
     } else {
-        const auto* from = sample->pixels().data() + m_sampleRows[y] * m_sampleWidth;
-        for (std::size_t x = 0; x < m_sampleWidth; ++x)
-            m_blended[x] = over(from[x], backdropColour);
+        const auto from = sample->pixels().subspan(m_sampleRows[y] * m_sampleWidth, m_sampleWidth);
+        const bool hidesTheBackdrop = m_showsSampleOnly && areOpaque(from);
+        if (!hidesTheBackdrop)
+            std::transform(from.begin(), from.end(), m_blended.begin(), [](std::uint32_t pixel) { return over(pixel, backdropColour); });
+        const auto* const shown = hidesTheBackdrop ? from.data() : m_blended.data();
         for (std::size_t x = 0; x < m_row.size(); ++x)
-            m_row[x] = m_blended[m_sampleColumns[x]];
+            m_row[x] = shown[m_sampleColumns[x]];
     }
     for (std::size_t x = m_lineFrom; x < m_lineTo; ++x)
         m_row[x] = differenceWithWhite(m_row[x]);

@@ -78,6 +78,7 @@ private:
     std::size_t m_sampleWidth = 0;
     std::size_t m_sampleHeight = 0;
     Platform::Rect m_samplePart;
+    bool m_showsSampleOnly = false;         // no column is past the sample's last
     std::vector<std::uint32_t> m_blended;   // a row of the sample over the backdrop
     std::vector<std::uint32_t> m_row;       // the same, stretched, with the vertical line
     std::vector<std::uint32_t> m_crossing;  // the same within the horizontal line

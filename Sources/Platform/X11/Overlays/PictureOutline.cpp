@@ -18,12 +18,16 @@ std::uint32_t inItsOwnColour(std::uint32_t pixel)
     return opaque | channel(16) | channel(8) | channel(0);
 }
 
-bool areOpaque(std::span<const std::uint32_t> pixels)
+// As nearly all are: inside the outline, and outside.
+bool areOpaqueOrEmpty(std::span<const std::uint32_t> pixels)
 {
     std::uint32_t common = opaque;
-    for (const auto pixel : pixels)
+    std::uint32_t any = 0;
+    for (const auto pixel : pixels) {
         common &= pixel;
-    return common == opaque;
+        any |= pixel;
+    }
+    return common == opaque || any == 0;
 }
 
 }  // namespace
@@ -80,10 +84,10 @@ void PictureOutline::addRow(std::size_t row, std::size_t& bandStart)
 
 void makeOpaque(std::span<std::uint32_t> pixels)
 {
-    constexpr std::size_t block = 16;  // nearly all are opaque already
+    constexpr std::size_t block = 16;
     for (std::size_t first = 0; first < pixels.size(); first += block) {
         const auto part = pixels.subspan(first, std::min(block, pixels.size() - first));
-        if (areOpaque(part))
+        if (areOpaqueOrEmpty(part))
             continue;
         for (auto& pixel : part)
             pixel = pixel < faintest ? 0 : inItsOwnColour(pixel);
