@@ -6,7 +6,9 @@
 #include <chrono>
 #include <functional>
 
+#include "Platform/Posix/FileDescriptor.h"
 #include "Platform/Posix/FileDescriptorWatcher.h"
+#include "Platform/Posix/KernelTimer.h"
 
 namespace Platform::Posix {
 
@@ -23,12 +25,11 @@ public:
     void resume();
 
 private:
-    void take(int fileDescriptor, unsigned events, int operation) const;
-    void setTimer(std::chrono::nanoseconds) const;
+    void setInterest(int fileDescriptor, unsigned events, int operation) const;
 
     const int m_fileDescriptor;
-    const int m_poll;   // an epoll of the two; the loop watches this alone
-    const int m_timer;  // ends the pause
+    KernelTimer m_pauseEnd;
+    const FileDescriptor m_both;  // an epoll of the two; the loop watches this alone
     bool m_isPaused = false;
     Token m_watch;
 };

@@ -1,67 +1,25 @@
 #include "Platform/Qt/QtMainLoop.h"
 
 #include <sys/eventfd.h>
-#include <sys/timerfd.h>
-#include <unistd.h>
 
 #include <QSocketNotifier>
-#include <cerrno>
-#include <cstring>
 #include <mutex>
 #include <utility>
 
-#include "Platform/FatalError.h"
+#include "Platform/Posix/FileDescriptor.h"
+#include "Platform/Posix/KernelTimer.h"
 #include "Platform/TaskRing.h"
 
 namespace Platform {
 namespace {
 
-class FileDescriptor {
+class RepeatingTimer final : public Timer {
 public:
-    FileDescriptor(int fileDescriptor, const char* operation) : m_fileDescriptor(fileDescriptor)
+    RepeatingTimer(FileDescriptorWatcher& watcher, std::chrono::nanoseconds interval, std::function<void()> fired)
+        : m_fired(std::make_shared<const std::function<void()>>(std::move(fired)))
     {
-        if (fileDescriptor < 0)
-            fatalError(operation, std::strerror(errno));
-    }
-    ~FileDescriptor() { close(m_fileDescriptor); }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-    int get() const { return m_fileDescriptor; }
-
-    // True when there was something; an eventfd or timerfd is then quiet again.
-    bool drain() const
-    {
-        std::uint64_t count = 0;
-        return read(m_fileDescriptor, &count, sizeof count) == sizeof count;
-    }
-
-    void signal() const
-    {
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = write(m_fileDescriptor, &one, sizeof one);
-    }
-
-private:
-    const int m_fileDescriptor;
-};
-
-timespec timespecOf(std::chrono::nanoseconds duration)
-{
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(duration);
-    return {.tv_sec = seconds.count(), .tv_nsec = (duration - seconds).count()};
-}
-
-class TimerfdTimer final : public Timer {
-public:
-    TimerfdTimer(FileDescriptorWatcher& watcher, std::chrono::nanoseconds interval, std::function<void()> fired)
-        : m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC), "timerfd_create"),
-          m_fired(std::make_shared<const std::function<void()>>(std::move(fired)))
-    {
-        const itimerspec schedule{.it_interval = timespecOf(interval), .it_value = timespecOf(interval)};
-        if (timerfd_settime(m_timer.get(), 0, &schedule, nullptr) != 0)
-            fatalError("timerfd_settime", std::strerror(errno));
-        m_watch = watcher.watch(m_timer.get(), [this] {
+        m_timer.start(interval, interval);
+        m_watch = watcher.watch(m_timer.fileDescriptor(), [this] {
             const auto callback = m_fired;  // outlives a timer that its own callback destroys
             if (m_timer.drain())
                 (*callback)();
@@ -69,7 +27,7 @@ public:
     }
 
 private:
-    FileDescriptor m_timer;
+    Posix::KernelTimer m_timer;
     std::shared_ptr<const std::function<void()>> m_fired;
     Token m_watch;
 };
@@ -77,7 +35,7 @@ private:
 }  // namespace
 
 struct QtMainLoop::Tasks {
-    FileDescriptor wakeUp{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"};
+    Posix::FileDescriptor wakeUp{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"};
     std::mutex mutex;
     bool isSignalled = false;
     TaskRing waiting;
@@ -143,7 +101,7 @@ void QtMainLoop::post(Task task)
 
 std::unique_ptr<Timer> QtMainLoop::repeatingTimer(std::chrono::nanoseconds interval, std::function<void()> fired)
 {
-    return std::make_unique<TimerfdTimer>(*this, interval, std::move(fired));
+    return std::make_unique<RepeatingTimer>(*this, interval, std::move(fired));
 }
 
 // What the callback posts follows at once, without a turn through all of Qt's sources.
