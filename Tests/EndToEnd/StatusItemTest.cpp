@@ -1,112 +1,25 @@
-// The icon in the tray, its menu and its clicks, over D-Bus and embedded.
+// The icon over D-Bus, its menu and its clicks, as a panel sees and sends them.
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
-#include <fstream>
 #include <optional>
 #include <set>
 
 #include "EndToEnd/ExpectedScreen.h"
-#include "EndToEnd/TarnwickProgram.h"
-#include "Support/Desktop/Desktop.h"
-#include "Support/Desktop/ForeignHotKey.h"
+#include "EndToEnd/StatusItemScene.h"
 #include "Support/Desktop/PopupMenus.h"
 #include "Support/Desktop/PrivateBus.h"
 #include "Support/Desktop/StatusNotifierHost.h"
-#include "Support/Desktop/TestPattern.h"
 #include "Support/Desktop/TrayIcon.h"
-#include "Support/Desktop/Trayer.h"
-#include "Support/Desktop/VisibleCursor.h"
-#include "Support/Desktop/Wallpaper.h"
-#include "Support/Desktop/XfcePanel.h"
 #include "Support/WaitUntil.h"
 
 using namespace TestSupport;
-using Platform::X11::DeviceRect;
 using Labels = std::vector<std::string>;
 using namespace std::chrono_literals;
 
 namespace {
 
-const std::string crosshairMode = R"({"tarnwick.statusItemAction": "crosshair"})";
-const std::string loupeMode = R"({"tarnwick.statusItemAction": "loupe"})";
-const std::string hiddenIcon = R"({"tarnwick.showMenuBarItem": false})";
 const Labels menuAtRest{"Show Crosshair", "Show Loupe", "---", "Preferences…", "---", "Quit Tarnwick"};
-
-// What lies below the panels, and what they show for a moment beside them.
-constexpr DeviceRect belowPanels{0, 150, 1280, 650};
-
-// A desktop with the program, whose overlays are looked at away from the panel.
-struct StatusItemScene : testing::Test {
-    Desktop desktop{WindowManagerKind::openbox};
-    Wallpaper wallpaper{desktop.displayName(), testPattern(1280, 800, 7)};
-    Platform::Image beneath;
-    std::optional<TarnwickProgram> program;
-
-    std::filesystem::path settingsFile() const { return desktop.home() / "tarnwick-home" / "tarnwick" / "defaults.json"; }
-
-    void writeSettings(const std::string& contents) const
-    {
-        std::filesystem::create_directories(settingsFile().parent_path());
-        const auto fresh = settingsFile().string() + ".new";
-        std::ofstream(fresh) << contents;
-        std::filesystem::rename(fresh, settingsFile());
-    }
-
-    void start(const std::string& busAddress, const std::string& settings = {})
-    {
-        desktop.pointer().moveTo(600, 400);
-        beneath = desktop.screenshotAtRest();
-        if (!settings.empty())
-            writeSettings(settings);
-        program.emplace(desktop, TarnwickProgram::Environment{{"DBUS_SESSION_BUS_ADDRESS", busAddress}});
-        program->waitUntilReady();
-    }
-
-    void pressCrosshairShortcut() { desktop.keyboard().chord({KEY_LEFTMETA, KEY_LEFTALT, KEY_X}); }
-    void pressLoupeShortcut() { desktop.keyboard().chord({KEY_LEFTMETA, KEY_LEFTALT, KEY_L}); }
-
-    bool differsFrom(const Platform::Image& expected) const { return changedPart(expected, desktop.screenshot(), belowPanels).has_value(); }
-
-    bool showsCrosshair(int x = 600, int y = 400)
-    {
-        desktop.pointer().moveTo(x, y);
-        const auto expected = withCrosshair(beneath, x, y);
-        return waitUntil([&] { return !differsFrom(expected); }, 5s);
-    }
-
-    // Something round the pointer and nothing elsewhere.
-    bool showsLoupe()
-    {
-        desktop.pointer().moveTo(600, 400);
-        return waitUntil(
-            [&] {
-                const auto part = changedPart(beneath, desktop.screenshot(), belowPanels);
-                return part && part->x > 400 && part->right() < 800 && part->y > 200 && part->bottom() < 600 && part->width > 60 && part->height > 60;
-            },
-            5s);
-    }
-
-    bool showsNothing()
-    {
-        return waitUntil([&] { return !differsFrom(beneath); }, 5s);
-    }
-
-    bool hasNoMenu() { return waitForNoMenu(desktop); }
-    bool opensAMenu()
-    {
-        return waitUntil([&] { return !openMenus(desktop.connection()).empty(); }, 1s);
-    }
-
-    void closeMenu()
-    {
-        waitForMenu(desktop);
-        desktop.keyboard().tap(KEY_ESC);
-        EXPECT_TRUE(hasNoMenu());
-    }
-
-    bool isHotKeyFree() const { return !isHotKeyTaken(desktop.displayName(), KEY_X, XCB_MOD_MASK_4 | XCB_MOD_MASK_1); }
-};
 
 struct BusStatusItem : StatusItemScene {
     PrivateBus bus{desktop.home(), {}};
@@ -235,7 +148,7 @@ TEST_F(BusStatusItem, TogglesTheCrosshairOnALeftClick)
     const auto item = startWithHost(crosshairMode);
     item.activate();
     EXPECT_TRUE(showsCrosshair());
-    EXPECT_TRUE(hasNoMenu());
+    EXPECT_TRUE(waitForNoMenu(desktop));
     item.activate();
     EXPECT_TRUE(showsNothing());
 }
@@ -245,7 +158,7 @@ TEST_F(BusStatusItem, TogglesTheLoupeOnALeftClick)
     const auto item = startWithHost(loupeMode);
     item.activate();
     EXPECT_TRUE(showsLoupe());
-    EXPECT_TRUE(hasNoMenu());
+    EXPECT_TRUE(waitForNoMenu(desktop));
     item.activate();
     EXPECT_TRUE(showsNothing());
 }
@@ -325,7 +238,7 @@ TEST_F(BusStatusItem, QuitsTheProgram)
     menu.click("Quit Tarnwick");
     EXPECT_EQ(program->process().waitForExit(20s), 0);
     EXPECT_TRUE(showsNothing());
-    EXPECT_TRUE(isHotKeyFree());
+    EXPECT_TRUE(isCrosshairShortcutFree());
     EXPECT_TRUE(waitUntil([&] { return host->items().empty(); }));
 }
 
@@ -377,187 +290,6 @@ TEST_F(BusStatusItem, LetsTheCrosshairFollowThePointerWhileItsMenuIsOpen)
     EXPECT_FALSE(menu.contains({200, 700}));
     EXPECT_TRUE(waitUntil([&] { return isAt(desktop.screenshot(), 200, 700); }));
     EXPECT_EQ(openMenus(desktop.connection()).size(), 1U);
-}
-
-struct EmbeddedStatusItem : StatusItemScene {
-    Trayer trayer{desktop};
-    PrivateBus bus{desktop.home(), {}};  // as on every desktop; no tray is on it
-
-    DeviceRect startAndFind(const std::string& settings = {})
-    {
-        start(bus.address(), settings);
-        return waitForIcon(desktop, beneath, Trayer::frame);
-    }
-};
-
-TEST_F(EmbeddedStatusItem, OpensTheMenuOnEveryClick)
-{
-    const auto icon = startAndFind();
-    click(desktop, icon, 3);
-    closeMenu();
-    desktop.keyboard().press(KEY_LEFTCTRL);
-    click(desktop, icon, 1);
-    waitForMenu(desktop);
-    desktop.keyboard().release(KEY_LEFTCTRL);
-    closeMenu();
-    click(desktop, icon, 1);
-    clickFirstEntry(desktop, waitForMenu(desktop));
-    EXPECT_TRUE(showsCrosshair());
-    EXPECT_EQ(program->standardError(), "");
-}
-
-TEST_F(EmbeddedStatusItem, ClosesTheMenuOnTheNextClickOnTheIcon)
-{
-    const auto icon = startAndFind();
-    click(desktop, icon, 1);
-    EXPECT_FALSE(waitForMenu(desktop).contains({icon.x + icon.width / 2, icon.y + icon.height / 2}));
-    desktop.pointer().click(1);
-    EXPECT_TRUE(hasNoMenu());
-    EXPECT_FALSE(opensAMenu());
-    EXPECT_TRUE(showsNothing());
-    click(desktop, icon, 1);
-    clickFirstEntry(desktop, waitForMenu(desktop));
-    EXPECT_TRUE(showsCrosshair());
-}
-
-TEST_F(EmbeddedStatusItem, ShowsTheCrosshairOnALeftClickAndTheMenuOnOthers)
-{
-    const auto icon = startAndFind(crosshairMode);
-    click(desktop, icon, 3);
-    closeMenu();
-    desktop.keyboard().press(KEY_LEFTCTRL);
-    click(desktop, icon, 1);
-    waitForMenu(desktop);
-    desktop.keyboard().release(KEY_LEFTCTRL);
-    closeMenu();
-    EXPECT_TRUE(showsNothing());
-    click(desktop, icon, 1);
-    EXPECT_TRUE(showsCrosshair());
-    EXPECT_TRUE(hasNoMenu());
-}
-
-TEST_F(EmbeddedStatusItem, ShowsTheLoupeOnALeftClick)
-{
-    const auto icon = startAndFind(loupeMode);
-    click(desktop, icon, 1);
-    EXPECT_TRUE(showsLoupe());
-    EXPECT_TRUE(hasNoMenu());
-}
-
-TEST_F(EmbeddedStatusItem, LetsAShortcutWorkOnceWhileItsMenuIsOpen)
-{
-    click(desktop, startAndFind(), 1);
-    waitForMenu(desktop);
-    pressCrosshairShortcut();
-
-    EXPECT_TRUE(showsCrosshair());
-}
-
-TEST_F(EmbeddedStatusItem, IsThereWithoutAnyBus)
-{
-    start("unix:path=" + (desktop.home() / "no-bus").string());
-    click(desktop, waitForIcon(desktop, beneath, Trayer::frame), 1);
-    clickFirstEntry(desktop, waitForMenu(desktop));
-    EXPECT_TRUE(showsCrosshair());
-    EXPECT_EQ(program->standardError(), "");
-}
-
-TEST_F(EmbeddedStatusItem, QuitsTheProgramByTheMenusLastEntry)
-{
-    click(desktop, startAndFind(), 1);
-    clickLastEntry(desktop, waitForMenu(desktop));
-    EXPECT_EQ(program->process().waitForExit(20s), 0);
-    EXPECT_TRUE(isHotKeyFree());
-    EXPECT_TRUE(waitUntil([&] { return !changedPart(beneath, desktop.screenshot(), Trayer::frame); }));
-}
-
-struct PanelStatusItem : StatusItemScene {
-    XfcePanel panel{desktop};
-
-    DeviceRect startAndFind(const std::string& settings = {})
-    {
-        start(panel.busAddress(), settings);
-        return waitForIcon(desktop, beneath, XfcePanel::frame);
-    }
-};
-
-TEST_F(PanelStatusItem, OpensTheMenuOnEveryClick)
-{
-    const auto icon = startAndFind();
-    click(desktop, icon, 3);
-    closeMenu();
-    click(desktop, icon, 1);
-    closeMenu();
-    EXPECT_TRUE(showsNothing());
-    click(desktop, icon, 3);
-    clickFirstEntry(desktop, waitForMenu(desktop));
-    EXPECT_TRUE(showsCrosshair());
-    EXPECT_EQ(program->standardError(), "");
-}
-
-TEST_F(PanelStatusItem, OpensTheMenuOnARightClickInEveryMode)
-{
-    click(desktop, startAndFind(crosshairMode), 3);
-    clickFirstEntry(desktop, waitForMenu(desktop));
-    EXPECT_TRUE(showsCrosshair());
-}
-
-TEST_F(PanelStatusItem, ClosesTheMenuOnTheNextClickOnTheIcon)
-{
-    const auto icon = startAndFind();
-    click(desktop, icon, 1);
-    EXPECT_FALSE(waitForMenu(desktop).contains({icon.x + icon.width / 2, icon.y + icon.height / 2}));
-    desktop.pointer().click(1);
-    EXPECT_TRUE(hasNoMenu());
-    EXPECT_FALSE(opensAMenu());
-    EXPECT_TRUE(showsNothing());
-    click(desktop, icon, 1);
-    clickFirstEntry(desktop, waitForMenu(desktop));
-    EXPECT_TRUE(showsCrosshair());
-}
-
-TEST_F(PanelStatusItem, ShowsTheCrosshairOnALeftClickAndTheMenuOnOthers)
-{
-    const auto icon = startAndFind(crosshairMode);
-    click(desktop, icon, 3);
-    closeMenu();
-    desktop.keyboard().press(KEY_LEFTCTRL);
-    click(desktop, icon, 1);
-    waitForMenu(desktop);
-    desktop.keyboard().release(KEY_LEFTCTRL);
-    closeMenu();
-    EXPECT_TRUE(showsNothing());
-    click(desktop, icon, 1);
-    EXPECT_TRUE(showsCrosshair());
-    EXPECT_TRUE(hasNoMenu());
-}
-
-TEST_F(PanelStatusItem, ShowsTheLoupeOnALeftClick)
-{
-    const auto icon = startAndFind(loupeMode);
-    click(desktop, icon, 1);
-    EXPECT_TRUE(showsLoupe());
-    EXPECT_TRUE(hasNoMenu());
-}
-
-TEST_F(PanelStatusItem, ShowsTheCrosshairOnEveryLeftClick)
-{
-    const auto icon = startAndFind(crosshairMode);
-    for (int i = 0; i < 5; ++i) {
-        click(desktop, icon, 1);
-        ASSERT_TRUE(showsCrosshair()) << i;
-        desktop.keyboard().tap(KEY_ESC);
-        ASSERT_TRUE(showsNothing()) << i;
-    }
-}
-
-TEST_F(PanelStatusItem, QuitsTheProgramByTheMenusLastEntry)
-{
-    click(desktop, startAndFind(), 3);
-    clickLastEntry(desktop, waitForMenu(desktop));
-    EXPECT_EQ(program->process().waitForExit(20s), 0);
-    EXPECT_TRUE(isHotKeyFree());
-    EXPECT_TRUE(waitUntil([&] { return !changedPart(beneath, desktop.screenshot(), XfcePanel::frame); }));
 }
 
 }  // namespace
