@@ -104,4 +104,6 @@ long TarnwickProgram::voluntaryContextSwitches() const
     return sum;
 }
 
+long TarnwickProgram::sleepsOfMainThread() const { return voluntaryContextSwitchesOf("/proc/" + std::to_string(m_process.pid())); }
+
 }  // namespace TestSupport

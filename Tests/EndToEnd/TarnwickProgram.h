@@ -38,6 +38,8 @@ public:
 
     // How often any of its threads has gone to sleep by itself, and so was woken up.
     long voluntaryContextSwitches() const;
+    // The same of the thread that runs the main loop.
+    long sleepsOfMainThread() const;
 
     Process& process() { return m_process; }
 

@@ -196,6 +196,26 @@ TEST_F(OutlinedOverlay, PresentsWithoutAnAllocationAndWithoutWaitingForTheServer
     EXPECT_EQ(wrongPixelsHard(203, 100), 0);
 }
 
+// Both halves of the shared memory are still to be read then.
+TEST_F(OutlinedOverlay, WaitsWithAThirdPictureForTheServerToReadTheFirst)
+{
+    const auto overlay = makeDisc(200, 100);
+    moveTo(*overlay, 201, 100);
+    screenshot();
+    auto& connection = desktop.connection();
+    xcb_grab_server(connection);
+    adopt(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    auto presenting = std::async(std::launch::async, [&] {
+        for (const int x : {202, 203, 204})
+            moveTo(*overlay, x, 100);
+    });
+    EXPECT_EQ(presenting.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
+    xcb_ungrab_server(connection);
+    connection.flush();
+    presenting.get();
+    EXPECT_EQ(wrongPixelsHard(204, 100), 0);
+}
+
 TEST_F(OutlinedOverlay, GrowsAndShrinks)
 {
     const auto overlay = makeDisc(200, 100);
