@@ -37,6 +37,12 @@ void Crosshair::hide()
 
 bool Crosshair::isRight() const { return areInverse(m_beneath, m_lines.read(m_crossing)); }
 
+LinePieces Crosshair::look() const
+{
+    const auto* monitor = m_desktop.monitor();
+    return monitor != nullptr ? readMonitor(*monitor, m_crossing, m_lines.screenWidth(), m_lines.screenHeight()) : m_lines.read(m_crossing);
+}
+
 // The screen is looked at every 0.1 ms: without a pause the looking itself would keep the
 // server from its work.
 Crosshair::Latency Crosshair::showMeasured()
@@ -50,13 +56,15 @@ Crosshair::Latency Crosshair::showMeasured()
     const auto start = Clock::now();
     m_keyboard.press(KEY_X);
     while (true) {
-        const auto now = m_lines.read(m_crossing);
+        const auto now = look();
         const auto passed = Clock::now() - start;
         latency.milliseconds = std::chrono::duration<double, std::milli>(passed).count();
         if (areInverse(m_beneath, now))
             break;
-        if (now != m_beneath)
-            latency.wasFirstChangeRight = false;
+        for (std::size_t line = 0; line < now.size(); ++line) {
+            if (now[line] != m_beneath[line] && !areInverse(now[line], m_beneath[line]))
+                latency.wasFirstChangeRight = false;
+        }
         if (passed > 5s)
             throw failure("the crosshair did not come, or does not show the inverse of what lies beneath it");
         std::this_thread::sleep_for(100us);

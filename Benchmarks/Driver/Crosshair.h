@@ -26,12 +26,14 @@ public:
 
     struct Latency {
         double milliseconds = 0;           // until both lines were right
-        bool wasFirstChangeRight = false;  // else something else was seen before
+        bool wasFirstChangeRight = false;  // of each line; else something else was seen before
     };
-    // The same as show(), measured from before the key press.
+    // The same as show(), measured from before the key press: on the monitor where there is
+    // one, which shows what is there also while the server is busy.
     Latency showMeasured();
 
 private:
+    LinePieces look() const;
     void pressShortcut();
     std::runtime_error failure(const std::string& what);
 

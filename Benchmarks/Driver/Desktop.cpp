@@ -33,7 +33,9 @@ Platform::Image wallpaper(int width, int height)
 }  // namespace
 
 Desktop::Desktop(const Setup& setup)
-    : m_server(screenArgument(setup)), m_bus(m_home.path(), options()), m_wallpaper(m_server.displayName(), wallpaper(setup.width, setup.height)),
+    : m_monitor(setup.hasMonitor ? std::make_optional<TestSupport::FrameBuffer>() : std::nullopt),
+      m_server(screenArgument(setup), m_monitor ? m_monitor->serverArguments() : std::vector<std::string>()), m_bus(m_home.path(), options()),
+      m_wallpaper(m_server.displayName(), wallpaper(setup.width, setup.height)),
       m_windowManager(m_server, setup.hasCompositor ? TestSupport::WindowManagerKind::openbox : TestSupport::WindowManagerKind::none, m_home.path())
 {
     if (setup.hasCompositor)

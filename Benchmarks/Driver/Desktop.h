@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "Support/Desktop/FrameBuffer.h"
 #include "Support/Desktop/PrivateBus.h"
 #include "Support/Desktop/Wallpaper.h"
 #include "Support/Desktop/WindowManager.h"
@@ -21,6 +22,7 @@ struct Setup {
     int height = 0;
     bool hasCompositor = false;
     bool hasWindows = true;
+    bool hasMonitor = false;  // what one would show can be read
 
     std::string name() const { return screenName + (hasCompositor ? ", picom" : ", no compositor"); }
 };
@@ -31,6 +33,8 @@ public:
     explicit Desktop(const Setup&);
 
     const std::string& displayName() const { return m_server.displayName(); }
+    // Nothing without a monitor.
+    const TestSupport::FrameBuffer* monitor() const { return m_monitor ? &*m_monitor : nullptr; }
     pid_t serverPid() { return m_server.process().pid(); }
     std::optional<pid_t> compositorPid() const;
     std::filesystem::path home() const { return m_home.path(); }
@@ -45,6 +49,7 @@ private:
     TestSupport::Process::Options options() const;
 
     TestSupport::TemporaryFolder m_home;
+    std::optional<TestSupport::FrameBuffer> m_monitor;
     TestSupport::PrivateServer m_server;
     TestSupport::PrivateBus m_bus;
     TestSupport::Wallpaper m_wallpaper;

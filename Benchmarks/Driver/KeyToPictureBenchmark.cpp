@@ -30,8 +30,10 @@ Report::Row rowOf(const KeyToPictureFigures& figures)
 
 }  // namespace
 
-KeyToPictureFigures measureKeyToPicture(const Setup& setup, const Options& options)
+KeyToPictureFigures measureKeyToPicture(const Setup& screen, const Options& options)
 {
+    auto setup = screen;
+    setup.hasMonitor = true;
     Desktop desktop(setup);
     TestSupport::XTestPointer pointer(desktop.displayName());
     Crosshair crosshair(desktop, options.programPath);

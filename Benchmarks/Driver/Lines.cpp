@@ -22,6 +22,10 @@ int pieceStart(int crossing, int side)
     return behind + pieceLength <= side ? behind : crossing - distanceFromCrossing - pieceLength;
 }
 
+DeviceRect rowPiece(DevicePoint crossing, int screenWidth) { return {pieceStart(crossing.x, screenWidth), crossing.y, pieceLength, 1}; }
+
+DeviceRect columnPiece(DevicePoint crossing, int screenHeight) { return {crossing.x, pieceStart(crossing.y, screenHeight), 1, pieceLength}; }
+
 xcb_get_image_cookie_t request(const Connection& connection, const DeviceRect& rect)
 {
     return xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, connection.root(), static_cast<std::int16_t>(rect.x),
@@ -51,8 +55,8 @@ LineReader::LineReader(const std::string& displayName) : m_connection(Connection
 
 LinePieces LineReader::read(DevicePoint crossing) const
 {
-    const auto row = request(*m_connection, {pieceStart(crossing.x, screenWidth()), crossing.y, pieceLength, 1});
-    const auto column = request(*m_connection, {crossing.x, pieceStart(crossing.y, screenHeight()), 1, pieceLength});
+    const auto row = request(*m_connection, rowPiece(crossing, screenWidth()));
+    const auto column = request(*m_connection, columnPiece(crossing, screenHeight()));
     auto rowPixels = receive(*m_connection, row);
     return {std::move(rowPixels), receive(*m_connection, column)};
 }
@@ -65,11 +69,23 @@ DevicePoint LineReader::pointer() const
     return {reply->root_x, reply->root_y};
 }
 
-bool areInverse(const LinePieces& one, const LinePieces& other)
+LinePieces readMonitor(const TestSupport::FrameBuffer& monitor, DevicePoint crossing, int screenWidth, int screenHeight)
 {
-    const auto isInverse = [](std::uint32_t a, std::uint32_t b) { return (a ^ b) == colourMask; };
-    return std::equal(one[0].begin(), one[0].end(), other[0].begin(), isInverse) &&
-        std::equal(one[1].begin(), one[1].end(), other[1].begin(), isInverse);
+    const auto read = [&monitor](const DeviceRect& piece) {
+        const auto image = monitor.read(piece);
+        std::vector<std::uint32_t> pixels(image.pixels().begin(), image.pixels().end());
+        for (auto& pixel : pixels)
+            pixel &= colourMask;
+        return pixels;
+    };
+    return {read(rowPiece(crossing, screenWidth)), read(columnPiece(crossing, screenHeight))};
 }
+
+bool areInverse(const std::vector<std::uint32_t>& one, const std::vector<std::uint32_t>& other)
+{
+    return std::equal(one.begin(), one.end(), other.begin(), [](std::uint32_t a, std::uint32_t b) { return (a ^ b) == colourMask; });
+}
+
+bool areInverse(const LinePieces& one, const LinePieces& other) { return areInverse(one[0], other[0]) && areInverse(one[1], other[1]); }
 
 }  // namespace Benchmarks

@@ -10,11 +10,15 @@
 
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/MonitorLayout.h"
+#include "Support/Desktop/FrameBuffer.h"
 
 namespace Benchmarks {
 
 // A piece of the row, then of the column, as 0x00RRGGBB.
 using LinePieces = std::array<std::vector<std::uint32_t>, 2>;
+
+// What the monitor shows there, at once.
+LinePieces readMonitor(const TestSupport::FrameBuffer&, Platform::X11::DevicePoint crossing, int screenWidth, int screenHeight);
 
 class LineReader {
 public:
@@ -32,7 +36,8 @@ private:
     std::unique_ptr<Platform::X11::Connection> m_connection;
 };
 
-// True when every pixel of both pieces has the opposite colour.
+// True when every pixel of the one has the opposite colour in the other.
+bool areInverse(const std::vector<std::uint32_t>&, const std::vector<std::uint32_t>&);
 bool areInverse(const LinePieces&, const LinePieces&);
 
 }  // namespace Benchmarks

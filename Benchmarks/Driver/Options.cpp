@@ -78,7 +78,7 @@ std::optional<Options> Options::parse(int argc, char** argv)
         else
             return sayUsage();
     }
-    return options;
+    return options.setups.empty() ? sayUsage() : options;
 }
 
 }  // namespace Benchmarks

@@ -43,6 +43,7 @@ void addKeyToPicture(Report& result, const Options& options)
         figures.push_back(measureKeyToPicture(setup, options));
     }
     result.heading("From key press to first right picture");
+    result.paragraph("Seen in the server's frame buffer, looked at every 0.1 ms: that is what a monitor shows, also while the server is busy.");
     report(result, figures);
 }
 

@@ -11,9 +11,10 @@ namespace TestSupport {
 
 class TemporaryFolder {
 public:
-    TemporaryFolder()
+    TemporaryFolder() : TemporaryFolder(std::filesystem::temp_directory_path()) { }
+    explicit TemporaryFolder(const std::filesystem::path& parent)
     {
-        std::string pattern = std::filesystem::temp_directory_path() / "tarnwick-test-XXXXXX";
+        std::string pattern = parent / "tarnwick-test-XXXXXX";
         if (mkdtemp(pattern.data()) == nullptr)
             throw std::runtime_error("cannot make a temporary folder");
         m_path = pattern;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Platform/Image.h"
+#include "Platform/X11/MonitorLayout.h"
 #include "Support/TemporaryFolder.h"
 
 namespace TestSupport {
@@ -19,9 +20,13 @@ public:
     // A picture of this moment, which may lie in the midst of the server's drawing. All
     // pixels opaque. Throws when there is no server.
     Platform::Image read() const;
+    // The same of a part of the screen, at once while the server is busy with a client.
+    Platform::Image read(const Platform::X11::DeviceRect& part) const;
 
 private:
-    TemporaryFolder m_folder;
+    TemporaryFolder m_folder{parentFolder()};
+
+    static std::filesystem::path parentFolder();
 };
 
 }  // namespace TestSupport
