@@ -8,6 +8,7 @@
 #include "EndToEnd/EveryWindowManager.h"
 #include "EndToEnd/ExpectedScreen.h"
 #include "EndToEnd/LoupeScene.h"
+#include "Support/Desktop/PaintedOnce.h"
 #include "Support/WaitUntil.h"
 
 using namespace TestSupport;
@@ -142,6 +143,18 @@ TEST_P(LoupeTest, ShowsWhatChangesBeneathItWhileItRests)
         window.setColour(colour);
         EXPECT_TRUE(scene.showsLoupeOver(with(colour), {.x = 700, .y = 400})) << std::hex << colour;
     }
+}
+
+TEST_P(LoupeTest, LeavesAWindowWholeThatIsPaintedOnlyOnce)
+{
+    const PaintedOnce window(desktop.displayName(), {250, 250, 300, 200});
+    const auto beneath = desktop.screenshotAtRest();
+    scene.pressShortcut();
+    EXPECT_TRUE(scene.showsLoupeOver(beneath, {.x = 300, .y = 300}));
+    desktop.pointer().moveTo(500, 380);
+    EXPECT_TRUE(scene.showsLoupeOver(beneath, {.x = 500, .y = 380}));
+    scene.pressEscape();
+    EXPECT_TRUE(scene.shows(beneath));
 }
 
 TEST_P(LoupeTest, ChangesItsSizeAndZoomByKeys)

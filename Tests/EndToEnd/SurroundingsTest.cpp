@@ -8,6 +8,7 @@
 #include "EndToEnd/ExpectedScreen.h"
 #include "Support/Desktop/ForeignMenu.h"
 #include "Support/Desktop/Monitors.h"
+#include "Support/Desktop/PaintedOnce.h"
 #include "Support/WaitUntil.h"
 
 using namespace TestSupport;
@@ -42,6 +43,18 @@ TEST_P(SurroundingsTest, AFullScreenWindowLiesBeneathTheCrosshair)
     EXPECT_EQ(desktop.focus(), film.id());
     const auto events = film.takeEvents();
     EXPECT_EQ(std::count(events.begin(), events.end(), "ButtonPress 1"), 0);
+}
+
+TEST_P(SurroundingsTest, AWindowThatIsPaintedOnlyOnceStaysWhole)
+{
+    const PaintedOnce window(desktop.displayName(), {250, 250, 300, 200});
+    const auto beneath = desktop.screenshotAtRest();
+    scene.pressShortcut();
+    EXPECT_TRUE(scene.shows(withCrosshair(beneath, 300, 300)));
+    desktop.pointer().moveTo(401, 357);
+    EXPECT_TRUE(scene.shows(withCrosshair(beneath, 401, 357)));
+    scene.pressEscape();
+    EXPECT_TRUE(scene.shows(beneath));
 }
 
 TEST_P(SurroundingsTest, AMenuThatOpensLiesBeneathAndItsEscapeDismissesTheCrosshairToo)

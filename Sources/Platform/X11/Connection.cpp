@@ -95,6 +95,14 @@ xcb_visualid_t Connection::argbVisual() const
     return visual != nullptr ? visual->visual_id : 0;
 }
 
+xcb_gcontext_t Connection::newScreenGraphics() const
+{
+    const auto graphics = newId();
+    const std::uint32_t values[] = {XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 0};
+    xcb_create_gc(m_connection, graphics, root(), XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES, values);
+    return graphics;
+}
+
 xcb_atom_t Connection::compositorSelection() { return atom("_NET_WM_CM_S" + std::to_string(m_screenNumber)); }
 
 bool Connection::hasCompositor()

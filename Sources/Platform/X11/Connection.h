@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace Platform::X11 {
 
@@ -23,6 +24,26 @@ template <typename T> Reply<T> adopt(T* reply) { return Reply<T>(reply); }
 
 // The response type of an event without the bit that marks sent events.
 inline std::uint8_t eventType(const xcb_generic_event_t& event) { return event.response_type & 0x7f; }
+
+// One look at the socket: hands the events that have come to `take`, and returns how many
+// they were (about a hundred at most). What comes later makes the socket readable again.
+template <typename Take> int takeArrivedEvents(xcb_connection_t* connection, Take&& take)
+{
+    int count = 0;
+    const auto takeOne = [&](Event event) {
+        if (!event)
+            return false;
+        take(std::move(event));
+        ++count;
+        return true;
+    };
+    // xcb looks at the socket only when its own queue is empty.
+    while (takeOne(Event(xcb_poll_for_queued_event(connection)))) { }
+    if (takeOne(Event(xcb_poll_for_event(connection)))) {
+        while (takeOne(Event(xcb_poll_for_queued_event(connection)))) { }
+    }
+    return count;
+}
 
 class Connection {
 public:
@@ -58,6 +79,10 @@ public:
     xcb_atom_t compositorSelection();
     // True while one does (one round trip).
     bool hasCompositor();
+
+    // Takes and paints the screen and windows of its depth with all that lies on them. The
+    // server tells nothing about what it cannot copy.
+    xcb_gcontext_t newScreenGraphics() const;
 
     void flush() const { xcb_flush(m_connection); }
 

@@ -57,9 +57,7 @@ void EventPump::takeInput()
 
 void EventPump::collect()
 {
-    // One look at the socket: what comes later than that makes it readable again.
-    for (auto event = Event(xcb_poll_for_event(m_connection)); event; event = Event(xcb_poll_for_queued_event(m_connection)))
-        m_events.push_back(std::move(event));
+    takeArrivedEvents(m_connection, [this](Event event) { m_events.push_back(std::move(event)); });
 }
 
 void EventPump::deliver()

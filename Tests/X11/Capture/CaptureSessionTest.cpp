@@ -22,7 +22,7 @@ using namespace Platform::X11;
 
 class CaptureSession : public CaptureSetting {
 protected:
-    void start() { m_session = std::make_unique<Platform::X11::CaptureSession>(*m_captureServer, m_layout, m_stack); }
+    void start() { m_session = std::make_unique<Platform::X11::CaptureSession>(*m_captureServer, m_layout, m_stack, WindowContents::kept); }
 
     Captured captureNow(const Rect& rect, std::uint32_t number = 1)
     {

@@ -25,9 +25,16 @@ inline constexpr std::uint32_t blue = 0xff0000ff;
 
 struct RecordingCapture : CaptureActivation {
     void activate() override { calls += "activate "; }
+    void activateBeforeContents() override { calls += "activateBeforeContents "; }
+    void keepContents(std::span<const CoveredPart> parts) override
+    {
+        calls += "keepContents ";
+        covered.assign(parts.begin(), parts.end());
+    }
     void deactivate() override { calls += "deactivate "; }
 
     std::string calls;
+    std::vector<CoveredPart> covered;
 };
 
 struct RecordingDelegate : OverlayWindowDelegate {

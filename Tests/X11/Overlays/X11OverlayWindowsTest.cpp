@@ -264,9 +264,9 @@ TEST_F(X11OverlayWindowsTest, NeedsTheCaptureFromTheFirstOverlayToTheLast)
     auto first = makeOverlay();
     auto second = makeOverlay();
     first.reset();
-    EXPECT_EQ(capture.calls, "activate ");
+    EXPECT_EQ(capture.calls, "activateBeforeContents ");
     second.reset();
-    EXPECT_EQ(capture.calls, "activate deactivate ");
+    EXPECT_EQ(capture.calls, "activateBeforeContents deactivate ");
     EXPECT_NE(makeOverlay()->windowNumber(), 1);
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Platform/X11/Connection.h"
-#include "Platform/X11/MonitorLayout.h"
+#include "Platform/X11/WireRect.h"
 
 namespace Platform::X11 {
 
@@ -47,12 +47,5 @@ private:
     std::vector<std::pair<xcb_visualid_t, xcb_render_pictformat_t>> m_formats;
     std::uint64_t m_roundTrips = 0;
 };
-
-// Coordinates of requests are 16 bits wide; rectangles of the screen fit them.
-inline xcb_rectangle_t toWire(const DeviceRect& rect)
-{
-    return {static_cast<std::int16_t>(rect.x), static_cast<std::int16_t>(rect.y), static_cast<std::uint16_t>(rect.width),
-        static_cast<std::uint16_t>(rect.height)};
-}
 
 }  // namespace Platform::X11

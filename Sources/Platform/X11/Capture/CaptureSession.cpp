@@ -13,8 +13,10 @@ constexpr int mostEventsAtOnce = 50000;
 
 }  // namespace
 
-CaptureSession::CaptureSession(CaptureServer& server, const SharedMonitorLayout& layouts, const OverlayStack& stack)
-    : m_server(server), m_layouts(layouts), m_stack(stack), m_reader(server), m_painter(server), m_images(server)
+CaptureSession::CaptureSession(CaptureServer& server, const SharedMonitorLayout& layouts, const OverlayStack& stack, WindowContents contents)
+    : m_server(server), m_layouts(layouts), m_stack(stack),
+      m_redirection(contents == WindowContents::kept ? std::optional<Redirection>(std::in_place, server) : std::optional<Redirection>()),
+      m_reader(server), m_painter(server), m_images(server)
 {
 }
 
@@ -35,6 +37,14 @@ void CaptureSession::capture(std::uint32_t windowNumber, CaptureResolution resol
         return;
     learnUpcoming();
     answer(windowNumber, answers);
+}
+
+void CaptureSession::keepContents(std::span<const CoveredPart> covered)
+{
+    if (m_redirection)
+        return;
+    catchUp();
+    m_redirection.emplace(m_server, m_reader.model(), covered);
 }
 
 void CaptureSession::layTargets(CaptureResolution resolution, std::span<const Rect> rectangles)
@@ -66,15 +76,9 @@ void CaptureSession::takeQueuedEvents()
 // Brings the model up to what the server has told so far.
 void CaptureSession::catchUp()
 {
-    // One look at the socket reads fewer events than this: the last look found it empty.
-    constexpr int fewEvents = 64;
-    for (int taken = 0, before = -fewEvents; taken - before >= fewEvents && taken < mostEventsAtOnce;) {
-        before = taken;
-        for (auto event = Event(xcb_poll_for_event(m_server.connection())); event; event = Event(xcb_poll_for_queued_event(m_server.connection()))) {
-            takeEvent(*event);
-            ++taken;
-        }
-    }
+    constexpr int fewEvents = 64;  // so few were all that had come
+    for (int taken = 0, now = fewEvents; now >= fewEvents && taken < mostEventsAtOnce; taken += now)
+        now = takeArrivedEvents(m_server.connection(), [this](const Event& event) { takeEvent(*event); });
     if (m_reader.model().isBroken())
         m_reader.prime();
     for (int round = 0; round < mostLearningRounds && m_reader.needsLearning(); ++round) {

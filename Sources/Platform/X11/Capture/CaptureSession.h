@@ -12,20 +12,28 @@
 #include "Platform/X11/Capture/ImageReader.h"
 #include "Platform/X11/Capture/PaintPlan.h"
 #include "Platform/X11/Capture/Painter.h"
+#include "Platform/X11/Capture/Redirection.h"
 #include "Platform/X11/Capture/SampleGrid.h"
 #include "Platform/X11/Capture/ScreenTruth.h"
 #include "Platform/X11/Capture/StackReader.h"
+#include "Platform/X11/CaptureActivation.h"
 #include "Platform/X11/OverlayStack.h"
 #include "Platform/X11/SharedMonitorLayout.h"
 
 namespace Platform::X11 {
 
+// Whether windows keep their whole contents from the start on.
+enum class WindowContents { kept, keptLater };
+
 class CaptureSession {
 public:
-    CaptureSession(CaptureServer&, const SharedMonitorLayout&, const OverlayStack&);
+    CaptureSession(CaptureServer&, const SharedMonitorLayout&, const OverlayStack&, WindowContents);
 
     // As ScreenCapture::windowsBelow.
     void capture(std::uint32_t windowNumber, CaptureResolution, std::span<const Rect> rectangles, std::span<Captured> answers);
+
+    // As CaptureActivation::keepContents.
+    void keepContents(std::span<const CoveredPart>);
 
 private:
     // A part of the screen to be painted and read.
@@ -66,6 +74,7 @@ private:
     CaptureServer& m_server;
     const SharedMonitorLayout& m_layouts;
     const OverlayStack& m_stack;
+    std::optional<Redirection> m_redirection;  // the server has begun with it once the reader has read
     StackReader m_reader;
     Painter m_painter;
     ImageReader m_images;

@@ -30,11 +30,9 @@ DeviceRect hiddenRoot(std::span<const PaintStep> steps)
 
 }  // namespace
 
-Painter::Painter(CaptureServer& server) : m_server(server), m_c(server.connection()), m_gc(xcb_generate_id(m_c)), m_rootBackground(server)
+Painter::Painter(CaptureServer& server)
+    : m_server(server), m_c(server.connection()), m_gc(server.connection().newScreenGraphics()), m_rootBackground(server)
 {
-    // Copies from a pixmap that is too small would else send an event each.
-    const std::uint32_t values[] = {XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 0};
-    xcb_create_gc(m_c, m_gc, server.connection().root(), XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES, values);
 }
 
 Painter::~Painter()

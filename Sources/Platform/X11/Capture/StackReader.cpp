@@ -1,6 +1,5 @@
 #include "Platform/X11/Capture/StackReader.h"
 
-#include <xcb/composite.h>
 #include <xcb/xfixes.h>
 
 #include <algorithm>
@@ -38,7 +37,6 @@ StackReader::StackReader(CaptureServer& server)
       m_compositorSelection(server.connection().compositorSelection()), m_model(identifiers()), m_clientFinder(server)
 {
     select(stackEvents);
-    xcb_composite_redirect_subwindows(m_c, server.connection().root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
     prime();
 }
 
@@ -54,7 +52,6 @@ StackReader::~StackReader()
         if (m_server.hasShape())
             xcb_shape_select_input(m_c, window.id, 0);
     }
-    xcb_composite_unredirect_subwindows(m_c, m_server.connection().root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
     xcb_flush(m_c);
     dropEvents();
 }

@@ -16,8 +16,7 @@ namespace Platform::X11 {
 
 class StackReader {
 public:
-    // Redirects all windows of the screen and reads the stack, under a grab of the server
-    // of two round trips.
+    // Reads the stack, under a grab of the server of two round trips.
     explicit StackReader(CaptureServer&);
     ~StackReader();
     StackReader(const StackReader&) = delete;

@@ -28,7 +28,7 @@ void X11ScreenCapture::windowsBelow(
     for (auto& answer : answers)
         answer.truth = CaptureTruth::none;
     const bool wasActive = m_session != nullptr;
-    activateLocked();
+    activateLocked(WindowContents::kept);
     if (m_session)
         m_session->capture(windowNumber, resolution, rectangles, answers);
     if (!wasActive)
@@ -42,13 +42,29 @@ void X11ScreenCapture::windowsBelow(
 void X11ScreenCapture::activate()
 {
     const std::lock_guard lock(m_mutex);
-    activateLocked();
+    activateLocked(WindowContents::kept);
 }
 
-void X11ScreenCapture::activateLocked()
+void X11ScreenCapture::activateBeforeContents()
+{
+    const std::lock_guard lock(m_mutex);
+    activateLocked(WindowContents::keptLater);
+}
+
+void X11ScreenCapture::activateLocked(WindowContents contents)
 {
     if (!m_session && m_server->canCapture() && !m_server->connection().isBroken())
-        m_session = std::make_unique<CaptureSession>(*m_server, m_layouts, m_stack);
+        m_session = std::make_unique<CaptureSession>(*m_server, m_layouts, m_stack, contents);
+}
+
+void X11ScreenCapture::keepContents(std::span<const CoveredPart> covered)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_session)
+        m_session->keepContents(covered);
+    for (const auto& part : covered)
+        xcb_free_pixmap(m_server->connection(), part.pixmap);
+    m_server->connection().flush();
 }
 
 void X11ScreenCapture::deactivate()

@@ -16,6 +16,7 @@ namespace Platform::X11 {
 
 class CaptureServer;
 class CaptureSession;
+enum class WindowContents;
 
 class X11ScreenCapture : public ScreenCapture, public CaptureActivation {
 public:
@@ -29,6 +30,8 @@ public:
 
     // Waits for a capture that runs.
     void activate() override;
+    void activateBeforeContents() override;
+    void keepContents(std::span<const CoveredPart>) override;
     void deactivate() override;
 
     // How often this object has waited for the server so far: once for each capture when
@@ -37,7 +40,7 @@ public:
 
 private:
     X11ScreenCapture(std::unique_ptr<CaptureServer>, const SharedMonitorLayout&, const OverlayStack&);
-    void activateLocked();
+    void activateLocked(WindowContents);
 
     mutable std::mutex m_mutex;
     std::unique_ptr<CaptureServer> m_server;

@@ -103,6 +103,7 @@ void X11OverlayWindow::present(std::span<const Picture> pictures)
     else
         show(pictures);
     m_connection.flush();
+    m_owner.m_contentsKeeper.haveMapped();
     for (const auto& window : m_pictures)
         m_owner.m_parts.stack.movePicture(window->id(), m_isShown ? window->frame() : DeviceRect{});
 }
@@ -113,6 +114,8 @@ void X11OverlayWindow::show(std::span<const Picture> pictures)
     for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
         m_pictures[i]->show({}, {}, {}, false);
     const auto windowsBefore = m_pictures.size();
+    for (std::size_t i = 0; m_isShown && i < pictures.size(); ++i)
+        m_owner.m_contentsKeeper.willMap(pictureWindow(i).id(), intersection(deviceRectOf(pictures[i].rectangle), m_deviceFrame));
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         auto& window = pictureWindow(i);
         const auto whole = deviceRectOf(pictures[i].rectangle);
@@ -176,6 +179,10 @@ void X11OverlayWindow::setShown(bool isShown)
         xcb_map_window(m_connection, m_catcher);
     else
         xcb_unmap_window(m_connection, m_catcher);
+    if (isShown) {
+        for (const auto& picture : m_pictures)
+            m_owner.m_contentsKeeper.willMap(picture->id(), picture->frame());
+    }
     for (const auto& picture : m_pictures)
         picture->setShown(isShown);
 }

@@ -7,13 +7,14 @@
 namespace Platform::X11 {
 
 X11OverlayWindows::X11OverlayWindows(const Parts& parts)
-    : m_parts(parts), m_stackGuard(parts.requests, parts.stackEvents, parts.watcher, parts.mainLoop, parts.layout,
-                          {
-                              .raise = [this] { raiseAll(); },
-                              .dismiss = [this] { dismissAll(); },
-                              .compositorChanged = [this] { renewFormats(); },
-                              .isOurs = [this](xcb_window_t window) { return isOurs(window); },
-                          }),
+    : m_parts(parts), m_contentsKeeper(parts.requests, parts.capture),
+      m_stackGuard(parts.requests, parts.stackEvents, parts.watcher, parts.mainLoop, parts.layout,
+          {
+              .raise = [this] { raiseAll(); },
+              .dismiss = [this] { dismissAll(); },
+              .compositorChanged = [this] { renewFormats(); },
+              .isOurs = [this](xcb_window_t window) { return isOurs(window); },
+          }),
       m_focusKeeper(parts.requests, parts.focusEvents, parts.watcher, parts.mainLoop)
 {
 }
@@ -22,9 +23,8 @@ X11OverlayWindows::~X11OverlayWindows() = default;
 
 std::unique_ptr<OverlayWindow> X11OverlayWindows::makeOverlayWindow(const OverlayStyle& style, OverlayWindowDelegate& delegate)
 {
-    // Windows are redirected before ours are mapped.
     if (m_windows.empty())
-        m_parts.capture.activate();
+        m_contentsKeeper.start();
     return std::make_unique<X11OverlayWindow>(*this, style, delegate, ++m_lastWindowNumber);
 }
 
@@ -39,7 +39,7 @@ void X11OverlayWindows::remove(X11OverlayWindow& window)
     std::erase(m_windows, &window);
     publishStack();
     if (m_windows.empty())
-        m_parts.capture.deactivate();
+        m_contentsKeeper.stop();
 }
 
 void X11OverlayWindows::orderFront(X11OverlayWindow& window)
@@ -52,6 +52,7 @@ void X11OverlayWindows::orderFront(X11OverlayWindow& window)
     window.raise();
     window.setShown(true);
     m_parts.requests.flush();
+    m_contentsKeeper.haveMapped();
     publishStack();
     if (!wasNoneShown)
         return;

@@ -14,6 +14,7 @@
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/Keys/OverlayKeys.h"
 #include "Platform/X11/OverlayStack.h"
+#include "Platform/X11/Overlays/ContentsKeeper.h"
 #include "Platform/X11/Overlays/FocusKeeper.h"
 #include "Platform/X11/Overlays/StackGuard.h"
 #include "Platform/X11/SharedMonitorLayout.h"
@@ -60,6 +61,7 @@ private:
     std::vector<X11OverlayWindow*> m_windows;  // all there are
     std::vector<X11OverlayWindow*> m_shown;    // from the lowest up; the last is the key one
     std::int64_t m_lastWindowNumber = 0;
+    ContentsKeeper m_contentsKeeper;
     StackGuard m_stackGuard;
     FocusKeeper m_focusKeeper;
 };

@@ -1,0 +1,145 @@
+// Windows that keep their contents only once overlays cover them, on desktops whose
+// programs paint their windows once and never again.
+#include <xcb/shape.h>
+
+#include "X11/Capture/CaptureSetting.h"
+
+namespace CaptureTests {
+namespace {
+
+using namespace Platform::X11;
+
+class KeptContents : public CaptureSetting {
+protected:
+    void paint(xcb_window_t window, const DeviceRect& inWindow, std::uint32_t colour)
+    {
+        auto& c = m_desktop.connection();
+        const auto gc = c.newId();
+        const std::uint32_t values[] = {colour};
+        xcb_create_gc(c, gc, window, XCB_GC_FOREGROUND, values);
+        const xcb_rectangle_t area{static_cast<std::int16_t>(inWindow.x), static_cast<std::int16_t>(inWindow.y),
+            static_cast<std::uint16_t>(inWindow.width), static_cast<std::uint16_t>(inWindow.height)};
+        xcb_poly_fill_rectangle(c, window, gc, 1, &area);
+        xcb_free_gc(c, gc);
+    }
+
+    // The server paints no background into it either.
+    xcb_window_t makeWindowPaintedOnce(const Desktop::Style& style)
+    {
+        const auto window = m_desktop.makeMappedWindow(style);
+        const std::uint32_t none = XCB_BACK_PIXMAP_NONE;
+        xcb_change_window_attributes(m_desktop.connection(), window, XCB_CW_BACK_PIXMAP, &none);
+        for (int i = 0; i < style.inner.height; i += 3)
+            paint(window, {i, i, 50, 2}, 0x203040 + 0x010203U * static_cast<unsigned>(i));
+        return window;
+    }
+
+    CoveredPart coveredBy(xcb_window_t window, const DeviceRect& place)
+    {
+        auto& c = m_desktop.connection();
+        const CoveredPart part{window, place, c.newId()};
+        xcb_create_pixmap(
+            c, c.screen().root_depth, part.pixmap, c.root(), static_cast<std::uint16_t>(place.width), static_cast<std::uint16_t>(place.height));
+        xcb_copy_area(c, c.root(), part.pixmap, c.newScreenGraphics(), static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y), 0, 0,
+            static_cast<std::uint16_t>(place.width), static_cast<std::uint16_t>(place.height));
+        return part;
+    }
+
+    // An overlay of a row and a column of the screen.
+    void showCross()
+    {
+        const auto row = m_desktop.makeWindow({.inner = m_row, .colour = overlayColour});
+        const auto column = m_desktop.makeWindow({.inner = m_column, .colour = overlayColour});
+        m_covered = {coveredBy(row, m_row), coveredBy(column, m_column)};
+        m_desktop.map(row);
+        m_desktop.map(column);
+        m_desktop.sync();
+        m_stack.set({{1, {{row, m_row}, {column, m_column}}, XCB_WINDOW_NONE}});
+    }
+
+    const DeviceRect m_row{0, 60, 320, 1};
+    const DeviceRect m_column{70, 0, 1, 200};
+    std::vector<CoveredPart> m_covered;
+};
+
+TEST_F(KeptContents, AreCapturedFromTheScreenUntilSomethingIsCovered)
+{
+    makeWindowPaintedOnce({.inner = {40, 40, 200, 100}, .colour = 0x00ff00});
+    const auto before = m_desktop.screenPicture({30, 60, 90, 30});
+    m_capture->activateBeforeContents();
+    const auto captured = capture({30, 60, 90, 30});
+    EXPECT_EQ(captured.truth, Platform::CaptureTruth::exact);
+    EXPECT_EQ(captured.image, before);
+}
+
+TEST_F(KeptContents, ArePutBackWhereOverlaysCoveredThem)
+{
+    makeWindowPaintedOnce({.inner = {0, 20, 120, 120}, .colour = 0x0000ff});
+    makeWindowPaintedOnce({.inner = {40, 40, 200, 100}, .border = 5, .borderColour = 0xff0000, .colour = 0x00ff00});
+    makeWindowPaintedOnce({.inner = {60, 50, 30, 130}, .colour = 0x80808080, .isArgb = true});
+    const auto before = m_desktop.screenPicture();
+    const auto row = m_desktop.screenPicture(m_row);
+    const auto column = m_desktop.screenPicture(m_column);
+    m_capture->activateBeforeContents();
+    showCross();
+    m_capture->keepContents(m_covered);
+    EXPECT_EQ(capture({0, 60, 320, 1}).image, row);
+    EXPECT_EQ(coloursOf(m_desktop.screenPicture(m_row)), (Colours{0xff000000 | overlayColour}));
+    EXPECT_EQ(capture({70, 0, 1, 200}).image, column);
+    for (const auto& part : m_covered)
+        m_desktop.move(part.window, 0, 199);
+    for (const auto& part : m_covered)
+        m_desktop.unmap(part.window);
+    m_desktop.sync();
+    EXPECT_EQ(m_desktop.screenPicture(), before);
+}
+
+// Beside the pixels of an overlay with an outline other programs go on painting.
+TEST_F(KeptContents, ArePutBackNowhereElse)
+{
+    const auto window = makeWindowPaintedOnce({.inner = {0, 0, 320, 200}, .colour = 0x0000ff});
+    m_capture->activateBeforeContents();
+    const DeviceRect place{20, 20, 100, 100};
+    const auto overlay = m_desktop.makeWindow({.inner = place, .colour = overlayColour});
+    const DeviceRect middle{30, 30, 40, 40};
+    m_desktop.setShape(overlay, {&middle, 1});
+    const auto covered = coveredBy(overlay, place);
+    m_desktop.map(overlay);
+    paint(window, {20, 20, 10, 10}, 0xffffff);
+    m_desktop.sync();
+    m_capture->keepContents({&covered, 1});
+    capture({0, 0, 1, 1});  // the server has done all of it then
+    EXPECT_EQ(m_desktop.screenPicture({20, 20, 1, 1}).pixel(0, 0), 0xffffffffU);
+    m_desktop.move(overlay, 200, 90);
+    m_desktop.sync();
+    EXPECT_EQ(m_desktop.screenPicture({20, 20, 1, 1}).pixel(0, 0), 0xffffffffU);
+    EXPECT_EQ(m_desktop.screenPicture({115, 80, 1, 1}).pixel(0, 0), 0xff0000ffU);
+}
+
+TEST_F(KeptContents, LeaveNothingInTheServerOfWhatWasCovered)
+{
+    m_capture->activateBeforeContents();
+    showCross();
+    m_capture->keepContents(m_covered);
+    capture({0, 0, 1, 1});
+    auto& c = m_desktop.connection();
+    for (const auto& part : m_covered)
+        EXPECT_EQ(adopt(xcb_get_geometry_reply(c, xcb_get_geometry(c, part.pixmap), nullptr)), nullptr);
+}
+
+TEST_F(KeptContents, OfBeforeAreLeftAsTheyAre)
+{
+    const auto window = makeWindowPaintedOnce({.inner = {0, 0, 320, 200}, .colour = 0x0000ff});
+    m_capture->activate();
+    showCross();
+    paint(window, {0, 0, 320, 200}, 0xffffff);
+    m_desktop.sync();
+    m_capture->keepContents(m_covered);
+    EXPECT_EQ(coloursOf(capture({0, 0, 320, 200})), (Colours{0xffffffff}));
+    m_capture->deactivate();
+    m_capture->keepContents({});
+    EXPECT_EQ(capture({0, 0, 1, 1}).truth, Platform::CaptureTruth::exact);
+}
+
+}  // namespace
+}  // namespace CaptureTests
