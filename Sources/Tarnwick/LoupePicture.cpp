@@ -181,8 +181,25 @@ void LoupePicture::laySample(const Platform::Image& sample, const Platform::Rect
     layIndices(m_sampleColumns, size, {start, length, part.x, part.width, width});
     layIndices(m_sampleRows, size, {start, length, part.y, part.height, height});
     m_showsSampleOnly = std::find(m_sampleColumns.begin(), m_sampleColumns.end(), width) == m_sampleColumns.end();
+    layPlainColumns();
     m_blended.resize(width + 1);
     m_blended[width] = backdropColour;
+}
+
+// The longest run of them.
+void LoupePicture::layPlainColumns()
+{
+    m_plainFrom = 0;
+    m_plainTo = 0;
+    for (std::size_t from = 0, to = 1; to <= m_sampleColumns.size(); ++to) {
+        if (to < m_sampleColumns.size() && m_sampleColumns[to] == m_sampleColumns[to - 1] + 1)
+            continue;
+        if (to - from > m_plainTo - m_plainFrom) {
+            m_plainFrom = from;
+            m_plainTo = to;
+        }
+        from = to;
+    }
 }
 
 const Platform::Image& LoupePicture::compose(const Platform::Image* sample, const Platform::Rect& part)
@@ -219,7 +236,11 @@ void LoupePicture::magnifyRow(const Platform::Image* sample, std::size_t y)
         if (!hidesTheBackdrop)
             std::transform(from.begin(), from.end(), m_blended.begin(), [](std::uint32_t pixel) { return over(pixel, backdropColour); });
         const auto* const shown = hidesTheBackdrop ? from.data() : m_blended.data();
-        for (std::size_t x = 0; x < m_row.size(); ++x)
+        for (std::size_t x = 0; x < m_plainFrom; ++x)
+            m_row[x] = shown[m_sampleColumns[x]];
+        if (m_plainFrom < m_plainTo)
+            std::copy_n(shown + m_sampleColumns[m_plainFrom], m_plainTo - m_plainFrom, m_row.data() + m_plainFrom);
+        for (std::size_t x = m_plainTo; x < m_row.size(); ++x)
             m_row[x] = shown[m_sampleColumns[x]];
     }
     for (std::size_t x = m_lineFrom; x < m_lineTo; ++x)

@@ -56,6 +56,7 @@ private:
     Row cutRow(std::size_t y, const Platform::Image& clip);
     void layCentreLines();
     void laySample(const Platform::Image& sample, const Platform::Rect& part);
+    void layPlainColumns();
     void magnifyRow(const Platform::Image* sample, std::size_t y);
     void crossRow();
     const RimPixel* putRow(const Row&, const std::vector<std::uint32_t>& pixels, std::size_t y, const RimPixel*);
@@ -78,7 +79,11 @@ private:
     std::size_t m_sampleWidth = 0;
     std::size_t m_sampleHeight = 0;
     Platform::Rect m_samplePart;
-    bool m_showsSampleOnly = false;         // no column is past the sample's last
+    bool m_showsSampleOnly = false;  // no column is past the sample's last
+    // The columns from the one to the other show successive ones of the sample, as most do
+    // at zoom 1.
+    std::size_t m_plainFrom = 0;
+    std::size_t m_plainTo = 0;
     std::vector<std::uint32_t> m_blended;   // a row of the sample over the backdrop
     std::vector<std::uint32_t> m_row;       // the same, stretched, with the vertical line
     std::vector<std::uint32_t> m_crossing;  // the same within the horizontal line

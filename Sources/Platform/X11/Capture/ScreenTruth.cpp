@@ -65,11 +65,15 @@ void ScreenTruth::learn(const DeviceRect& part, std::span<const std::uint32_t> c
 std::span<const std::uint32_t> ScreenTruth::merge(std::uint32_t windowNumber, const DeviceRect& area, const Region& covered,
     std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen)
 {
-    takeColours(composed, m_composed);
-    takeColours(screen.empty() ? composed : screen, m_picture);
+    // Without the screen's everything is covered, and overwritten.
+    if (screen.empty())
+        m_picture.resize(composed.size());
+    else
+        takeColours(screen, m_picture);
     if (m_surroundings.follows(windowNumber)) {
-        m_surroundings.recover(area, covered, m_composed, m_picture);
+        m_surroundings.recover(area, covered, composed, m_picture);
     } else {
+        takeColours(composed, m_composed);
         m_memory.recover(windowNumber, area, covered, m_composed, m_picture);
         m_memory.remember(windowNumber, area, m_composed, m_picture);
     }

@@ -7,6 +7,22 @@ namespace {
 
 constexpr std::uint32_t colourBits = 0xffffff;
 
+void takeColours(std::span<const std::uint32_t> from, std::uint32_t* to)
+{
+    std::transform(from.begin(), from.end(), to, [](std::uint32_t pixel) { return pixel & colourBits; });
+}
+
+// What the screen showed where the composed value is the known one.
+void recoverRun(
+    const std::uint32_t* composed, const std::uint32_t* knownComposed, const std::uint32_t* knownScreen, std::size_t count, std::uint32_t* to)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto now = composed[i] & colourBits;
+        const auto screen = knownScreen[i];
+        to[i] = knownComposed[i] == now ? screen : now;
+    }
+}
+
 // Coordinates may be negative.
 std::size_t wrapped(int value, int length)
 {
@@ -16,19 +32,21 @@ std::size_t wrapped(int value, int length)
 
 }  // namespace
 
-// Calls with the number of the pixel in `part`, row by row, and its place in the memory.
-template <typename Use> void SurroundingsMemory::forEachPixel(const DeviceRect& part, Use&& use) const
+// Calls for runs of pixels that follow each other both in the part, row by row, and in the
+// memory: with the number of the first in the part, its place in the memory, and how many
+// they are. The part lies in the window.
+template <typename Use> void SurroundingsMemory::forEachRun(const DeviceRect& part, Use&& use) const
 {
     const auto width = static_cast<std::size_t>(m_window.width);
+    const auto length = static_cast<std::size_t>(part.width);
     std::size_t number = 0;
-    for (int y = part.y; y < part.bottom(); ++y) {
+    for (int y = part.y; y < part.bottom(); ++y, number += length) {
         const auto row = wrapped(y, m_window.height) * width;
-        auto column = wrapped(part.x, m_window.width);
-        for (int x = 0; x < part.width; ++x) {
-            use(number++, row + column);
-            if (++column == width)
-                column = 0;
-        }
+        const auto column = wrapped(part.x, m_window.width);
+        const auto untilEdge = std::min(length, width - column);
+        use(number, row + column, untilEdge);
+        if (untilEdge < length)
+            use(number + untilEdge, row, length - untilEdge);
     }
 }
 
@@ -55,12 +73,20 @@ void SurroundingsMemory::makeRoom(const DeviceRect& area)
 
 void SurroundingsMemory::growTo(const DeviceRect& window)
 {
-    std::vector<Pixel> known;
     const auto kept = intersection(window, m_window);
-    forEachPixel(kept, [&](std::size_t, std::size_t place) { known.push_back(m_pixels[place]); });
+    std::vector<std::uint32_t> composed;
+    std::vector<std::uint32_t> screen;
+    forEachRun(kept, [&](std::size_t, std::size_t place, std::size_t count) {
+        composed.insert(composed.end(), &m_composed[place], &m_composed[place] + count);
+        screen.insert(screen.end(), &m_screen[place], &m_screen[place] + count);
+    });
     m_window = window;
-    m_pixels.assign(static_cast<std::size_t>(window.width) * static_cast<std::size_t>(window.height), Pixel());
-    forEachPixel(kept, [&](std::size_t number, std::size_t place) { m_pixels[place] = known[number]; });
+    m_composed.assign(static_cast<std::size_t>(window.width) * static_cast<std::size_t>(window.height), unknown);
+    m_screen.resize(m_composed.size());
+    forEachRun(kept, [&](std::size_t number, std::size_t place, std::size_t count) {
+        std::copy_n(&composed[number], count, &m_composed[place]);
+        std::copy_n(&screen[number], count, &m_screen[place]);
+    });
 }
 
 void SurroundingsMemory::moveTo(const DeviceRect& window)
@@ -70,15 +96,16 @@ void SurroundingsMemory::moveTo(const DeviceRect& window)
     m_entered.subtract(m_window);
     m_window = window;
     for (const auto& part : m_entered.rects())
-        forEachPixel(part, [this](std::size_t, std::size_t place) { m_pixels[place].screen = unknown; });
+        forEachRun(part, [this](std::size_t, std::size_t place, std::size_t count) { std::fill_n(&m_composed[place], count, unknown); });
 }
 
 void SurroundingsMemory::learn(const DeviceRect& part, std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen)
 {
     if (!encloses(m_window, part))
         return;
-    forEachPixel(part, [&](std::size_t number, std::size_t place) {
-        m_pixels[place] = {composed[number] & colourBits, screen[number] & colourBits};
+    forEachRun(part, [&](std::size_t number, std::size_t place, std::size_t count) {
+        takeColours(composed.subspan(number, count), &m_composed[place]);
+        takeColours(screen.subspan(number, count), &m_screen[place]);
     });
 }
 
@@ -87,19 +114,16 @@ void SurroundingsMemory::recover(
 {
     for (const auto& part : covered.rects()) {
         const auto common = intersection(part, area);
-        const auto firstOfRow = [&](int y) {
-            return static_cast<std::size_t>(y - area.y) * static_cast<std::size_t>(area.width) + static_cast<std::size_t>(common.x - area.x);
-        };
         const bool isInside = encloses(m_window, common);
         for (int y = common.y; y < common.bottom(); ++y) {
-            const auto first = firstOfRow(y);
-            std::copy_n(&composed[first], common.width, &picture[first]);
-            if (!isInside)
+            const auto first =
+                static_cast<std::size_t>(y - area.y) * static_cast<std::size_t>(area.width) + static_cast<std::size_t>(common.x - area.x);
+            if (!isInside) {
+                takeColours(composed.subspan(first, static_cast<std::size_t>(common.width)), &picture[first]);
                 continue;
-            forEachPixel({common.x, y, common.width, 1}, [&](std::size_t number, std::size_t place) {
-                const auto& known = m_pixels[place];
-                if (known.screen != unknown && known.composed == composed[first + number])
-                    picture[first + number] = known.screen;
+            }
+            forEachRun({common.x, y, common.width, 1}, [&](std::size_t number, std::size_t place, std::size_t count) {
+                recoverRun(&composed[first + number], &m_composed[place], &m_screen[place], count, &picture[first + number]);
             });
         }
     }
@@ -108,7 +132,8 @@ void SurroundingsMemory::recover(
 void SurroundingsMemory::forget()
 {
     m_window = {};
-    m_pixels.clear();
+    m_composed.clear();
+    m_screen.clear();
 }
 
 }  // namespace Platform::X11

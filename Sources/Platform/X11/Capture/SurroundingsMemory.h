@@ -23,27 +23,24 @@ public:
 
     // Puts what the screen showed into the covered parts of `picture`, which shows `area`,
     // as long as the composed value is still the one of then; else the composed value.
-    // Colours of all three are 0x00RRGGBB.
+    // `composed` is 0xXXRRGGBB, the colours put in are 0x00RRGGBB.
     void recover(const DeviceRect& area, const Region& covered, std::span<const std::uint32_t> composed, std::span<std::uint32_t> picture) const;
 
     void forget();
 
 private:
-    // What is known of one pixel; nothing while `screen` is `unknown`.
-    struct Pixel {
-        std::uint32_t composed = 0;
-        std::uint32_t screen = unknown;
-    };
-    static constexpr std::uint32_t unknown = 0xff000000;
+    static constexpr std::uint32_t unknown = 0xff000000;  // is no composed value
 
     void makeRoom(const DeviceRect& area);
     void moveTo(const DeviceRect& window);
     void growTo(const DeviceRect& window);
-    template <typename Use> void forEachPixel(const DeviceRect& part, Use&& use) const;
+    template <typename Use> void forEachRun(const DeviceRect& part, Use&& use) const;
 
     std::uint32_t m_windowNumber = 0;
     DeviceRect m_window;
-    std::vector<Pixel> m_pixels;  // the screen's pixel (x, y) at (x mod width, y mod height)
+    // The screen's pixel (x, y) at (x mod width, y mod height).
+    std::vector<std::uint32_t> m_composed;
+    std::vector<std::uint32_t> m_screen;
     Region m_entered;
 };
 

@@ -19,7 +19,7 @@ std::uint32_t inItsOwnColour(std::uint32_t pixel)
 }
 
 // As nearly all are: inside the outline, and outside.
-bool areOpaqueOrEmpty(std::span<const std::uint32_t> pixels)
+template <std::size_t count> bool areOpaqueOrEmpty(std::span<const std::uint32_t, count> pixels)
 {
     std::uint32_t common = opaque;
     std::uint32_t any = 0;
@@ -84,14 +84,18 @@ void PictureOutline::addRow(std::size_t row, std::size_t& bandStart)
 
 void makeOpaque(std::span<std::uint32_t> pixels)
 {
-    constexpr std::size_t block = 16;
-    for (std::size_t first = 0; first < pixels.size(); first += block) {
-        const auto part = pixels.subspan(first, std::min(block, pixels.size() - first));
-        if (areOpaqueOrEmpty(part))
-            continue;
-        for (auto& pixel : part)
-            pixel = pixel < faintest ? 0 : inItsOwnColour(pixel);
+    constexpr std::size_t block = 32;
+    const auto makePartOpaque = [](std::span<std::uint32_t> part) {
+        for (auto& pixel : part) {
+            if (pixel < opaque)
+                pixel = pixel < faintest ? 0 : inItsOwnColour(pixel);
+        }
+    };
+    for (; pixels.size() >= block; pixels = pixels.subspan(block)) {
+        if (!areOpaqueOrEmpty<block>(pixels.first<block>()))
+            makePartOpaque(pixels.first(block));
     }
+    makePartOpaque(pixels);
 }
 
 }  // namespace Platform::X11
