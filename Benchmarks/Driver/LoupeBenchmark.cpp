@@ -2,6 +2,7 @@
 
 #include <linux/input-event-codes.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -49,21 +50,34 @@ public:
         rest();
     }
 
+    // In each round one after the other, so that all have the same share of the machine's
+    // better and worse minutes.
     LoupeFigures run(const Setup& setup)
     {
         LoupeFigures figures;
         figures.setup = setup;
+        const auto looks = looksFor(m_options);
+        for (const auto& look : looks)
+            figures.loupes.push_back({.name = nameOf(look)});
+        std::vector<Other> installed;
+        for (const auto& other : others) {
+            if (!TestSupport::programExists(other.command.front())) {
+                figures.missing.push_back(other.name);
+                continue;
+            }
+            installed.push_back(other);
+            figures.others.push_back({.name = other.name});
+        }
+        const auto program = startProgram();
         for (int round = 0; round < m_options.rounds; ++round) {
+            const bool isLast = round + 1 == m_options.rounds;
             figures.circling.push_back(m_meter.whileCircling({}));
             rest();
             figures.resting.push_back(m_meter.whileStill({}));
-        }
-        measureLoupes(figures);
-        for (const auto& other : others) {
-            if (TestSupport::programExists(other.command.front()))
-                figures.others.push_back(measureOther(other));
-            else
-                figures.missing.push_back(other.name);
+            for (std::size_t i = 0; i < looks.size(); ++i)
+                measureLoupe(looks[i], program.pid(), isLast, figures.loupes[i]);
+            for (std::size_t i = 0; i < installed.size(); ++i)
+                measureOther(installed[i], isLast, figures.others[i]);
         }
         return figures;
     }
@@ -71,21 +85,24 @@ public:
 private:
     void rest() { m_pointer.moveTo(m_lines.screenWidth() / 3, m_lines.screenHeight() / 3); }
 
-    void measureLoupes(LoupeFigures& figures)
+    TestSupport::Process startProgram()
     {
-        const auto process = m_desktop.start({m_options.programPath});
+        auto process = m_desktop.start({m_options.programPath});
         if (!TestSupport::waitUntil([this] { return TestSupport::isHotKeyTaken(m_desktop.displayName(), KEY_L, XCB_MOD_MASK_4 | XCB_MOD_MASK_1); }))
             throw std::runtime_error("the program does not take its shortcut");
         waitUntilAtRest(process.pid());
-        for (const auto& look : looksFor(m_options)) {
-            rest();
-            const auto windowsBefore = Magnifier::windowsOf(m_desktop);
-            store(look);
-            pressShortcut();
-            figures.loupes.push_back(measure(nameOf(look), process.pid(), Magnifier(m_desktop, windowsBefore)));
-            pressShortcut();
-            waitUntilAtRest(process.pid());
-        }
+        return process;
+    }
+
+    void measureLoupe(const LoupeLook& look, pid_t program, bool isLast, MagnifierFigures& figures)
+    {
+        rest();
+        const auto windowsBefore = Magnifier::windowsOf(m_desktop);
+        store(look);
+        pressShortcut();
+        measure(program, Magnifier(m_desktop, windowsBefore), isLast, figures);
+        pressShortcut();
+        waitUntilAtRest(program);
     }
 
     // Among what the program has stored itself; it reads afresh.
@@ -101,32 +118,30 @@ private:
 
     void pressShortcut() { m_keyboard.chord({KEY_LEFTMETA, KEY_LEFTALT, KEY_L}); }
 
-    MagnifierFigures measureOther(const Other& other)
+    void measureOther(const Other& other, bool isLast, MagnifierFigures& figures)
     {
         rest();
         const auto windowsBefore = Magnifier::windowsOf(m_desktop);
         const auto process = m_desktop.start(other.command);
         const Magnifier magnifier(m_desktop, windowsBefore);
         std::this_thread::sleep_for(3s);  // such a program never comes to rest
-        return measure(other.name, process.pid(), Magnifier(m_desktop, windowsBefore));
+        measure(process.pid(), Magnifier(m_desktop, windowsBefore), isLast, figures);
     }
 
-    MagnifierFigures measure(const std::string& name, pid_t pid, const Magnifier& magnifier)
+    // Pictures and lags are looked at in the last round only.
+    void measure(pid_t pid, const Magnifier& magnifier, bool isLast, MagnifierFigures& figures)
     {
-        MagnifierFigures figures;
-        figures.name = name;
-        for (int round = 0; round < m_options.rounds; ++round) {
-            figures.moving.push_back(m_meter.whileCircling(pid));
-            rest();
-            std::this_thread::sleep_for(500ms);
-            figures.still.push_back(m_meter.whileStill(pid));
-        }
+        figures.moving.push_back(m_meter.whileCircling(pid));
+        rest();
+        std::this_thread::sleep_for(500ms);
+        figures.still.push_back(m_meter.whileStill(pid));
+        if (!isLast)
+            return;
         {
             const auto circling = startCircling(m_desktop, m_lines);
             figures.picturesPerSecond = magnifier.picturesPerSecond();
         }
         figures.lags = magnifier.lags(m_options.isQuick ? 3 : m_options.presses);
-        return figures;
     }
 
     const Options& m_options;
@@ -158,23 +173,34 @@ Report::Row rowOf(const MagnifierFigures& figures, const LoupeFigures& all)
         hasLags ? format(percentile(figures.lags, 0.95), 1) : "none seen"};
 }
 
+// What a picture of the one costs of one of the other: the median of the rounds, each of
+// which measures both within a minute or two.
+double ratioOf(const MagnifierFigures& one, const MagnifierFigures& other, const LoupeFigures& all)
+{
+    std::vector<double> ratios;
+    for (std::size_t round = 0; round < all.circling.size(); ++round) {
+        const auto perPicture = [&](const MagnifierFigures& figures) {
+            return (figures.moving[round].clientAndServer() - all.circling[round].clientAndServer()) / figures.picturesPerSecond;
+        };
+        ratios.push_back(perPicture(one) / perPicture(other));
+    }
+    return median(ratios);
+}
+
 // The dearest loupe against each of the others, picture for picture.
 void reportRatios(Report& report, const LoupeFigures& figures)
 {
     for (const auto& other : figures.others) {
-        if (other.picturesPerSecond <= 0)
-            continue;
-        double least = 0;
-        double most = 0;
+        std::vector<double> ratios;
         for (const auto& loupe : figures.loupes) {
-            if (loupe.picturesPerSecond <= 0)
-                continue;
-            const double ratio = perPicture(loupe, figures) / perPicture(other, figures);
-            least = least == 0 ? ratio : std::min(least, ratio);
-            most = std::max(most, ratio);
+            if (loupe.picturesPerSecond > 0 && other.picturesPerSecond > 0)
+                ratios.push_back(ratioOf(loupe, other, figures));
         }
-        report.paragraph("A picture of the loupe costs " + format(least, 2) + " to " + format(most, 2) + " times one of " + other.name + ", target " +
-            againstTarget(most, 1, 0) + ".");
+        if (ratios.empty())
+            continue;
+        const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
+        report.paragraph("A picture of the loupe costs " + format(*least, 2) + " to " + format(*most, 2) + " times one of " + other.name +
+            " (medians of single rounds), target " + againstTarget(*most, 1, 0) + ".");
     }
 }
 

@@ -62,7 +62,8 @@ void addLoupe(Report& result, const Options& options)
     result.heading("The loupe beside other magnifiers");
     result.paragraph("Milliseconds of processor time per second of the program and the X server together, medians of " +
         std::to_string(options.rounds) + " rounds of " + format(std::chrono::duration<double>(options.roundLength).count(), 1) +
-        " s, less what the pointer alone costs. Pictures are counted by looking at the middle of the window 1,000 times a second; the lag is from a "
+        " s, in each round one after the other, less what the pointer alone costs. Pictures are counted by looking at the middle of the window 1,000 "
+        "times a second; the lag is from a "
         "move of the pointer to the first other picture there.");
     for (const auto& setup : options.setups) {
         if (setup.screenName != "1080p")
