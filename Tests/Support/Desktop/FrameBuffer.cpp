@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <span>
 #include <stdexcept>
+#include <system_error>
 
 namespace TestSupport {
 namespace {
@@ -95,8 +96,11 @@ private:
 // In memory where files can be: else the kernel would write the screen to a disk all the time.
 std::filesystem::path FrameBuffer::parentFolder()
 {
+    constexpr std::uintmax_t enough = 256U << 20;  // a screen of 8K takes half of it
     const std::filesystem::path memory = "/dev/shm";
-    return access(memory.c_str(), W_OK) == 0 ? memory : std::filesystem::temp_directory_path();
+    std::error_code error;
+    const bool hasRoom = access(memory.c_str(), W_OK) == 0 && std::filesystem::space(memory, error).available >= enough && !error;
+    return hasRoom ? memory : std::filesystem::temp_directory_path();
 }
 
 Platform::Image FrameBuffer::read() const
