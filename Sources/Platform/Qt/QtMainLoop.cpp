@@ -68,7 +68,8 @@ struct QtMainLoop::Tasks {
             // The task may run a nested loop, which has to hear of the rest.
             if (!running.isEmpty())
                 signal();
-            task();
+            if (task)
+                task();
         }
     }
 

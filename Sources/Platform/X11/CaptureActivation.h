@@ -27,7 +27,8 @@ public:
 
     // The same, but windows do not keep their contents until keepContents() is called: for
     // the server that means copying them all, which takes longer than the first picture of
-    // an overlay may. Until then captures are right only while no overlay covers anything.
+    // an overlay may. Until then captures are right only while no overlay covers anything;
+    // one of what is covered has the truth `none`.
     virtual void activateBeforeContents() = 0;
     // To be called as soon as the first windows of an overlay are mapped; none of them may
     // move or go before. `covered` says what lies beneath them; its pixmaps are freed.

@@ -25,8 +25,9 @@ template <typename T> Reply<T> adopt(T* reply) { return Reply<T>(reply); }
 // The response type of an event without the bit that marks sent events.
 inline std::uint8_t eventType(const xcb_generic_event_t& event) { return event.response_type & 0x7f; }
 
-// One look at the socket: hands the events that have come to `take`, and returns how many
-// they were (about a hundred at most). What comes later makes the socket readable again.
+// Hands the events to `take` that have been read already and those that one look at the
+// socket brings (about a hundred), and returns how many they were. What comes later makes
+// the socket readable again.
 template <typename Take> int takeArrivedEvents(xcb_connection_t* connection, Take&& take)
 {
     int count = 0;
@@ -85,6 +86,8 @@ public:
     xcb_gcontext_t newScreenGraphics() const;
 
     void flush() const { xcb_flush(m_connection); }
+    // Returns when the server has done all that was asked of it so far: one round trip.
+    void waitForServer() const { adopt(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr)); }
 
 private:
     Connection(xcb_connection_t*, int screenNumber);

@@ -16,9 +16,9 @@ PaintedOnce::PaintedOnce(const std::string& displayName, const DeviceRect& frame
     auto& c = *m_connection;
     const auto window = c.newId();
     const auto [x, y, width, height] = toWire(frame);
-    const std::uint32_t values[] = {XCB_BACK_PIXMAP_NONE, 1};
+    const std::uint32_t values[] = {0xff00ff, 1};
     xcb_create_window(c, XCB_COPY_FROM_PARENT, window, c.root(), x, y, width, height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-        XCB_CW_BACK_PIXMAP | XCB_CW_OVERRIDE_REDIRECT, values);
+        XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
     xcb_map_window(c, window);
     const auto pattern = testPattern(frame.width, frame.height, 11);
     xcb_put_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, window, c.newScreenGraphics(), width, height, 0, 0, 0, c.screen().root_depth,

@@ -1,4 +1,5 @@
-// A program whose window is painted once: neither it nor the server paints any of it again.
+// A program whose window is painted once: it never paints any of it again, and all that the
+// server would paint is a plain background.
 #pragma once
 
 #include <memory>

@@ -57,6 +57,14 @@ protected:
         m_stack.set({{1, {{row, m_row}, {column, m_column}}, XCB_WINDOW_NONE}});
     }
 
+    void takeCrossAway()
+    {
+        capture({0, 0, 1, 1});  // the server has done all that came before
+        for (const auto& part : m_covered)
+            m_desktop.unmap(part.window);
+        m_desktop.sync();
+    }
+
     const DeviceRect m_row{0, 60, 320, 1};
     const DeviceRect m_column{70, 0, 1, 200};
     std::vector<CoveredPart> m_covered;
@@ -86,12 +94,53 @@ TEST_F(KeptContents, ArePutBackWhereOverlaysCoveredThem)
     EXPECT_EQ(capture({0, 60, 320, 1}).image, row);
     EXPECT_EQ(coloursOf(m_desktop.screenPicture(m_row)), (Colours{0xff000000 | overlayColour}));
     EXPECT_EQ(capture({70, 0, 1, 200}).image, column);
-    for (const auto& part : m_covered)
-        m_desktop.move(part.window, 0, 199);
-    for (const auto& part : m_covered)
-        m_desktop.unmap(part.window);
-    m_desktop.sync();
+    takeCrossAway();
     EXPECT_EQ(m_desktop.screenPicture(), before);
+}
+
+// Below the window that showed there.
+TEST_F(KeptContents, OfHiddenWindowsAreTheirOwn)
+{
+    const DeviceRect lower{0, 20, 120, 120};
+    m_desktop.makeMappedWindow({.inner = lower, .colour = 0x0000ff});
+    const auto upper = makeWindowPaintedOnce({.inner = {40, 40, 200, 100}, .colour = 0x00ff00});
+    m_capture->activateBeforeContents();
+    showCross();
+    m_capture->keepContents(m_covered);
+    takeCrossAway();
+    m_desktop.unmap(upper);
+    m_desktop.sync();
+    EXPECT_EQ(coloursOf(m_desktop.screenPicture(lower)), (Colours{0xff0000ff}));
+}
+
+// What lies beneath our windows then is not what was seen there before.
+TEST_F(KeptContents, AreNotPutBackIntoAWindowThatHasMoved)
+{
+    const auto window = m_desktop.makeMappedWindow({.inner = {40, 40, 100, 100}, .colour = 0x00ff00});
+    m_capture->activateBeforeContents();
+    showCross();
+    m_desktop.move(window, 140, 40);
+    m_desktop.sync();
+    m_capture->keepContents(m_covered);
+    takeCrossAway();
+    EXPECT_EQ(coloursOf(m_desktop.screenPicture({140, 40, 100, 100})), (Colours{0xff00ff00}));
+}
+
+TEST_F(KeptContents, OffTheScreenAreTheWindowsOwn)
+{
+    const auto window = m_desktop.makeMappedWindow({.inner = {-60, 40, 100, 100}, .colour = 0x00ff00});
+    m_capture->activateBeforeContents();
+    const DeviceRect place{-50, 50, 60, 60};
+    const auto overlay = m_desktop.makeWindow({.inner = place, .colour = overlayColour});
+    const auto covered = coveredBy(overlay, place);
+    m_desktop.map(overlay);
+    m_desktop.sync();
+    m_capture->keepContents({&covered, 1});
+    capture({0, 0, 1, 1});
+    m_desktop.unmap(overlay);
+    m_desktop.move(window, 40, 40);
+    m_desktop.sync();
+    EXPECT_EQ(coloursOf(m_desktop.screenPicture({40, 40, 100, 100})), (Colours{0xff00ff00}));
 }
 
 // Beside the pixels of an overlay with an outline other programs go on painting.

@@ -56,6 +56,15 @@ TEST_F(SurroundingsMemory, RecoversWhatItLearned)
     EXPECT_EQ(tintsOf(0, 3, 6), (Pixels{0, 0, 0, 0, 0, 0}));
 }
 
+// As it is beyond the right edge of the one before, though not below it.
+TEST_F(SurroundingsMemory, KnowsNothingOfALargerPlaceFarAway)
+{
+    m_memory.follow(number, {0, 0, 10, 10});
+    learn({0, 0, 10, 10}, 5);
+    m_memory.follow(number, {1000, 0, 20, 20});
+    EXPECT_EQ(tintsOf(1000, 3, 4), (Pixels{0, 0, 0, 0}));
+}
+
 TEST_F(SurroundingsMemory, KnowsWhichOverlayItFollows)
 {
     EXPECT_FALSE(m_memory.follows(number));

@@ -1,6 +1,7 @@
 #include "Platform/X11/Capture/CaptureSession.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Platform::X11 {
 namespace {
@@ -43,8 +44,19 @@ void CaptureSession::keepContents(std::span<const CoveredPart> covered)
 {
     if (m_redirection)
         return;
+    const auto known = std::as_const(m_reader).model().windows();
+    const std::vector<ToplevelWindow> before(known.begin(), known.end());
     catchUp();
-    m_redirection.emplace(m_server, m_reader.model(), covered);
+    auto& connection = m_server.connection();
+    xcb_grab_server(connection);
+    connection.waitForServer();
+    m_server.countRoundTrip();
+    takeQueuedEvents();
+    m_redirection.emplace(m_server);
+    // Windows of which a compositor keeps the contents had them before.
+    if (!m_reader.hasCompositor())
+        m_redirection->putBack(covered, m_reader.model(), before);
+    xcb_ungrab_server(connection);
 }
 
 void CaptureSession::layTargets(CaptureResolution resolution, std::span<const Rect> rectangles)

@@ -37,6 +37,8 @@ std::size_t wrapped(int value, int length)
 // they are. The part lies in the window.
 template <typename Use> void SurroundingsMemory::forEachRun(const DeviceRect& part, Use&& use) const
 {
+    if (part.isEmpty())
+        return;
     const auto width = static_cast<std::size_t>(m_window.width);
     const auto length = static_cast<std::size_t>(part.width);
     std::size_t number = 0;

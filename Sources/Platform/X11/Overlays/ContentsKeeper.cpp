@@ -17,10 +17,12 @@ void ContentsKeeper::start()
         m_capture.activate();
 }
 
+// The capture has a connection of its own, which must not overtake this one: what windows of
+// ours cover while others begin or cease to keep their contents is lost to those.
 void ContentsKeeper::stop()
 {
     m_keepsLater = false;
-    waitForServer();
+    m_connection.waitForServer();
     m_capture.deactivate();
 }
 
@@ -46,12 +48,8 @@ void ContentsKeeper::haveMapped()
         return;
     m_keepsLater = false;
     xcb_ungrab_server(m_connection);
-    waitForServer();
+    m_connection.waitForServer();
     m_capture.keepContents(std::exchange(m_covered, {}));
 }
-
-// The capture has a connection of its own, which must not overtake this one: what windows of
-// ours cover while others begin or cease to keep their contents is lost to those.
-void ContentsKeeper::waitForServer() { adopt(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr)); }
 
 }  // namespace Platform::X11

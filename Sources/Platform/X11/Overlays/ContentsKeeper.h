@@ -27,8 +27,6 @@ public:
     void haveMapped();
 
 private:
-    void waitForServer();
-
     Connection& m_connection;
     CaptureActivation& m_capture;
     bool m_keepsLater = false;

@@ -79,8 +79,15 @@ void PictureWindow::show(const Picture& picture, const DeviceRect& whole, const 
         return;
     }
     place(visible);
+    const bool hasImage = picture.image != nullptr && !picture.image->isEmpty();
+    // Its outline comes first: at no moment does the window cover more than its picture.
+    if (hasImage)
+        takeImage(*picture.image, whole);
     map(isShown);
-    paint(picture, whole);
+    if (hasImage)
+        putImage();
+    else
+        paintColour(picture.colour);
 }
 
 void PictureWindow::setShown(bool isShown)
@@ -124,20 +131,12 @@ void PictureWindow::place(const DeviceRect& frame)
     m_frame = frame;
 }
 
-void PictureWindow::paint(const Picture& picture, const DeviceRect& whole)
-{
-    if (picture.image == nullptr || picture.image->isEmpty())
-        paintColour(picture.colour);
-    else
-        paintImage(*picture.image, whole);
-}
-
 void PictureWindow::paintAgain()
 {
     if (m_colour)
         paintColour(*m_colour);
     else
-        m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width);
+        putImage();
 }
 
 void PictureWindow::paintColour(std::uint32_t colour)
@@ -149,7 +148,7 @@ void PictureWindow::paintColour(std::uint32_t colour)
     xcb_poly_fill_rectangle(m_connection, m_window, m_graphics, 1, &all);
 }
 
-void PictureWindow::paintImage(const Image& image, const DeviceRect& whole)
+void PictureWindow::takeImage(const Image& image, const DeviceRect& whole)
 {
     const auto pixels = m_buffer.take(static_cast<std::size_t>(m_frame.width) * static_cast<std::size_t>(m_frame.height));
     const bool isWholeLines = image.width() == whole.width && image.height() == whole.height && m_frame.width == whole.width;
@@ -160,8 +159,9 @@ void PictureWindow::paintImage(const Image& image, const DeviceRect& whole)
     if (m_format.isOutlined)
         follow(pixels);
     m_colour.reset();
-    m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width);
 }
+
+void PictureWindow::putImage() { m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width); }
 
 // Without smoothing: device pixel i of n shows image pixel floor(i * side / n).
 void PictureWindow::stretch(const Image& image, const DeviceRect& whole, std::span<std::uint32_t> pixels) const

@@ -46,9 +46,9 @@ private:
     bool map(bool isShown);
     void setProperties();
     void place(const DeviceRect& frame);
-    void paint(const Picture&, const DeviceRect& whole);
     void paintColour(std::uint32_t colour);
-    void paintImage(const Image&, const DeviceRect& whole);
+    void takeImage(const Image&, const DeviceRect& whole);
+    void putImage();
     void stretch(const Image&, const DeviceRect& whole, std::span<std::uint32_t> pixels) const;
     void paintAgain();
     void follow(std::span<std::uint32_t> pixels);
