@@ -57,6 +57,13 @@ protected:
         m_stack.set({{1, {{row, m_row}, {column, m_column}}, XCB_WINDOW_NONE}});
     }
 
+    // With what is on the screen by now.
+    void activateBeforeContents()
+    {
+        m_desktop.sync();
+        m_capture->activateBeforeContents();
+    }
+
     void takeCrossAway()
     {
         capture({0, 0, 1, 1});  // the server has done all that came before
@@ -74,7 +81,7 @@ TEST_F(KeptContents, AreCapturedFromTheScreenUntilSomethingIsCovered)
 {
     makeWindowPaintedOnce({.inner = {40, 40, 200, 100}, .colour = 0x00ff00});
     const auto before = m_desktop.screenPicture({30, 60, 90, 30});
-    m_capture->activateBeforeContents();
+    activateBeforeContents();
     const auto captured = capture({30, 60, 90, 30});
     EXPECT_EQ(captured.truth, Platform::CaptureTruth::exact);
     EXPECT_EQ(captured.image, before);
@@ -88,7 +95,7 @@ TEST_F(KeptContents, ArePutBackWhereOverlaysCoveredThem)
     const auto before = m_desktop.screenPicture();
     const auto row = m_desktop.screenPicture(m_row);
     const auto column = m_desktop.screenPicture(m_column);
-    m_capture->activateBeforeContents();
+    activateBeforeContents();
     showCross();
     m_capture->keepContents(m_covered);
     EXPECT_EQ(capture({0, 60, 320, 1}).image, row);
@@ -104,7 +111,7 @@ TEST_F(KeptContents, OfHiddenWindowsAreTheirOwn)
     const DeviceRect lower{0, 20, 120, 120};
     m_desktop.makeMappedWindow({.inner = lower, .colour = 0x0000ff});
     const auto upper = makeWindowPaintedOnce({.inner = {40, 40, 200, 100}, .colour = 0x00ff00});
-    m_capture->activateBeforeContents();
+    activateBeforeContents();
     showCross();
     m_capture->keepContents(m_covered);
     takeCrossAway();
@@ -113,11 +120,25 @@ TEST_F(KeptContents, OfHiddenWindowsAreTheirOwn)
     EXPECT_EQ(coloursOf(m_desktop.screenPicture(lower)), (Colours{0xff0000ff}));
 }
 
+TEST_F(KeptContents, OfWindowsAboveAreTheirOwn)
+{
+    const DeviceRect frame{0, 20, 120, 120};
+    const auto window = m_desktop.makeMappedWindow({.inner = frame, .colour = 0x0000ff});
+    makeWindowPaintedOnce({.inner = {40, 40, 200, 100}, .colour = 0x00ff00});
+    activateBeforeContents();
+    showCross();
+    m_desktop.restack(window, XCB_STACK_MODE_ABOVE);
+    m_desktop.sync();
+    m_capture->keepContents(m_covered);
+    capture({0, 0, 1, 1});
+    EXPECT_EQ(coloursOf(m_desktop.screenPicture(frame)), (Colours{0xff0000ff}));
+}
+
 // What lies beneath our windows then is not what was seen there before.
 TEST_F(KeptContents, AreNotPutBackIntoAWindowThatHasMoved)
 {
     const auto window = m_desktop.makeMappedWindow({.inner = {40, 40, 100, 100}, .colour = 0x00ff00});
-    m_capture->activateBeforeContents();
+    activateBeforeContents();
     showCross();
     m_desktop.move(window, 140, 40);
     m_desktop.sync();
@@ -129,7 +150,7 @@ TEST_F(KeptContents, AreNotPutBackIntoAWindowThatHasMoved)
 TEST_F(KeptContents, OffTheScreenAreTheWindowsOwn)
 {
     const auto window = m_desktop.makeMappedWindow({.inner = {-60, 40, 100, 100}, .colour = 0x00ff00});
-    m_capture->activateBeforeContents();
+    activateBeforeContents();
     const DeviceRect place{-50, 50, 60, 60};
     const auto overlay = m_desktop.makeWindow({.inner = place, .colour = overlayColour});
     const auto covered = coveredBy(overlay, place);
@@ -147,7 +168,7 @@ TEST_F(KeptContents, OffTheScreenAreTheWindowsOwn)
 TEST_F(KeptContents, ArePutBackNowhereElse)
 {
     const auto window = makeWindowPaintedOnce({.inner = {0, 0, 320, 200}, .colour = 0x0000ff});
-    m_capture->activateBeforeContents();
+    activateBeforeContents();
     const DeviceRect place{20, 20, 100, 100};
     const auto overlay = m_desktop.makeWindow({.inner = place, .colour = overlayColour});
     const DeviceRect middle{30, 30, 40, 40};
@@ -167,7 +188,7 @@ TEST_F(KeptContents, ArePutBackNowhereElse)
 
 TEST_F(KeptContents, LeaveNothingInTheServerOfWhatWasCovered)
 {
-    m_capture->activateBeforeContents();
+    activateBeforeContents();
     showCross();
     m_capture->keepContents(m_covered);
     capture({0, 0, 1, 1});
