@@ -3,19 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/X11/Capture/PixelColours.h"
+
 namespace Platform::X11 {
 namespace {
 
-constexpr std::uint32_t colourBits = 0xffffff;
-
 // A larger overlay makes do with what was captured for it before: this takes 36 MB.
 constexpr long mostPixels = 2L << 20;
-
-void takeColours(std::span<const std::uint32_t> from, std::vector<std::uint32_t>& to)
-{
-    to.resize(from.size());
-    std::transform(from.begin(), from.end(), to.begin(), [](std::uint32_t pixel) { return pixel & colourBits; });
-}
 
 }  // namespace
 
@@ -66,14 +60,13 @@ std::span<const std::uint32_t> ScreenTruth::merge(std::uint32_t windowNumber, co
     std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen)
 {
     // Without the screen's everything is covered, and overwritten.
-    if (screen.empty())
-        m_picture.resize(composed.size());
-    else
-        takeColours(screen, m_picture);
+    m_picture.resize(composed.size());
+    takeColours(screen, m_picture.data());
     if (m_surroundings.follows(windowNumber)) {
         m_surroundings.recover(area, covered, composed, m_picture);
     } else {
-        takeColours(composed, m_composed);
+        m_composed.resize(composed.size());
+        takeColours(composed, m_composed.data());
         m_memory.recover(windowNumber, area, covered, m_composed, m_picture);
         m_memory.remember(windowNumber, area, m_composed, m_picture);
     }

@@ -2,22 +2,17 @@
 
 #include <algorithm>
 
+#include "Platform/X11/Capture/PixelColours.h"
+
 namespace Platform::X11 {
 namespace {
-
-constexpr std::uint32_t colourBits = 0xffffff;
-
-void takeColours(std::span<const std::uint32_t> from, std::uint32_t* to)
-{
-    std::transform(from.begin(), from.end(), to, [](std::uint32_t pixel) { return pixel & colourBits; });
-}
 
 // What the screen showed where the composed value is the known one.
 void recoverRun(
     const std::uint32_t* composed, const std::uint32_t* knownComposed, const std::uint32_t* knownScreen, std::size_t count, std::uint32_t* to)
 {
     for (std::size_t i = 0; i < count; ++i) {
-        const auto now = composed[i] & colourBits;
+        const auto now = colourOf(composed[i]);
         const auto screen = knownScreen[i];
         to[i] = knownComposed[i] == now ? screen : now;
     }
