@@ -186,7 +186,7 @@ void LoupePicture::laySample(const Platform::Image& sample, const Platform::Rect
     m_blended[width] = backdropColour;
 }
 
-// The longest run of them.
+// The longest run of columns that show successive ones of the sample.
 void LoupePicture::layPlainColumns()
 {
     m_plainFrom = 0;

@@ -164,6 +164,22 @@ TEST_F(KeptContents, OffTheScreenAreTheWindowsOwn)
     EXPECT_EQ(coloursOf(m_desktop.screenPicture({40, 40, 100, 100})), (Colours{0xff00ff00}));
 }
 
+// They have contents of their own then, which the screen may show blended.
+TEST_F(KeptContents, AreNotPutBackWhereACompositorKeepsThem)
+{
+    const DeviceRect frame{0, 0, 320, 200};
+    const auto window = m_desktop.makeMappedWindow({.inner = frame, .colour = 0x0000ff});
+    paint(window, frame, 0xffffff);
+    activateBeforeContents();
+    showCross();
+    auto& c = m_desktop.connection();
+    xcb_set_selection_owner(c, window, c.compositorSelection(), XCB_CURRENT_TIME);
+    m_desktop.sync();
+    m_capture->keepContents(m_covered);
+    takeCrossAway();
+    EXPECT_EQ(coloursOf(m_desktop.screenPicture(m_row)), (Colours{0xff0000ff}));
+}
+
 // Beside the pixels of an overlay with an outline other programs go on painting.
 TEST_F(KeptContents, ArePutBackNowhereElse)
 {

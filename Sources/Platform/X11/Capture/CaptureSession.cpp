@@ -57,6 +57,7 @@ void CaptureSession::keepContents(std::span<const CoveredPart> covered)
     if (!m_reader.hasCompositor())
         m_redirection->putBack(covered, m_reader.model(), before);
     xcb_ungrab_server(connection);
+    connection.flush();
 }
 
 void CaptureSession::layTargets(CaptureResolution resolution, std::span<const Rect> rectangles)

@@ -20,6 +20,8 @@ public:
     // Once no window of ours is mapped.
     void stop();
 
+    // Whether it has to be told of windows that are mapped.
+    bool keepsLater() const { return m_keepsLater; }
     // Before windows of ours are mapped, for each of them. No other client's request comes
     // between this and haveMapped().
     void willMap(xcb_window_t, const DeviceRect& place);

@@ -114,7 +114,9 @@ void X11OverlayWindow::show(std::span<const Picture> pictures)
     for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
         m_pictures[i]->show({}, {}, {}, false);
     const auto windowsBefore = m_pictures.size();
-    for (std::size_t i = 0; m_isShown && i < pictures.size(); ++i)
+    // All before the first is mapped: they may cover each other.
+    const bool mustTell = m_isShown && m_owner.m_contentsKeeper.keepsLater();
+    for (std::size_t i = 0; mustTell && i < pictures.size(); ++i)
         m_owner.m_contentsKeeper.willMap(pictureWindow(i).id(), intersection(deviceRectOf(pictures[i].rectangle), m_deviceFrame));
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         auto& window = pictureWindow(i);
