@@ -55,6 +55,14 @@ TEST_F(QtMainLoopTest, GivesATimerItsIntervalToTheNanosecond)
     EXPECT_NE(std::find(intervals.begin(), intervals.end(), "(2, 3)"), intervals.end());
 }
 
+TEST_F(QtMainLoopTest, RunsWhatFollowsAnEmptyTask)
+{
+    bool hasRun = false;
+    loop.post({});
+    loop.post([&hasRun] { hasRun = true; });
+    EXPECT_TRUE(qt.runUntil([&hasRun] { return hasRun; }));
+}
+
 // A firing may be late but never early, and lateness does not add up. The upper bound is
 // of a kind that only a timer of 17 ms with a busy machine on top of it reaches.
 TEST_F(QtMainLoopTest, KeepsTheIntervalOnAverage)

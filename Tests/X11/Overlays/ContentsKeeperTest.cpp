@@ -103,7 +103,7 @@ TEST_F(ContentsKeeping, LetsNoOtherProgramPaintMeanwhile)
     keeper.willMap(mapForeign({0, 0, 10, 10}, blue, true), {0, 0, 10, 10});
     requests->flush();
     auto& other = desktop.connection();
-    auto roundTrip = std::async(std::launch::async, [&] { adopt(xcb_get_input_focus_reply(other, xcb_get_input_focus(other), nullptr)); });
+    auto roundTrip = std::async(std::launch::async, [&other] { other.waitForServer(); });
     EXPECT_EQ(roundTrip.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
     keeper.haveMapped();
     EXPECT_EQ(roundTrip.wait_for(std::chrono::seconds(10)), std::future_status::ready);

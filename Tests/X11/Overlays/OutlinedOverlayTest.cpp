@@ -179,9 +179,7 @@ TEST_F(OutlinedOverlay, PresentsWithoutAnAllocationAndWithoutWaitingForTheServer
     const auto overlay = makeDisc(200, 100);
     moveTo(*overlay, 201, 100);
     screenshot();
-    auto& connection = desktop.connection();
-    xcb_grab_server(connection);
-    adopt(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    holdServer();
     auto presenting = std::async(std::launch::async, [&] {
         const auto before = CaptureTests::allocationCount();
         moveTo(*overlay, 202, 100);
@@ -189,8 +187,7 @@ TEST_F(OutlinedOverlay, PresentsWithoutAnAllocationAndWithoutWaitingForTheServer
         return CaptureTests::allocationCount() - before;
     });
     const bool hasReturned = presenting.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
-    xcb_ungrab_server(connection);
-    connection.flush();
+    letServerGo();
     EXPECT_TRUE(hasReturned);
     EXPECT_EQ(presenting.get(), 0U);
     EXPECT_EQ(wrongPixelsHard(203, 100), 0);
@@ -202,16 +199,13 @@ TEST_F(OutlinedOverlay, WaitsWithAThirdPictureForTheServerToReadTheFirst)
     const auto overlay = makeDisc(200, 100);
     moveTo(*overlay, 201, 100);
     screenshot();
-    auto& connection = desktop.connection();
-    xcb_grab_server(connection);
-    adopt(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    holdServer();
     auto presenting = std::async(std::launch::async, [&] {
         for (const int x : {202, 203, 204})
             moveTo(*overlay, x, 100);
     });
     EXPECT_EQ(presenting.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
-    xcb_ungrab_server(connection);
-    connection.flush();
+    letServerGo();
     presenting.get();
     EXPECT_EQ(wrongPixelsHard(204, 100), 0);
 }

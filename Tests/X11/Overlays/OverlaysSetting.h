@@ -99,10 +99,22 @@ protected:
         return window;
     }
 
+    // From now on the server does nothing that another client asks for, the overlays included.
+    void holdServer()
+    {
+        xcb_grab_server(desktop.connection());
+        desktop.connection().waitForServer();
+    }
+    void letServerGo()
+    {
+        xcb_ungrab_server(desktop.connection());
+        desktop.connection().flush();
+    }
+
     // The screen once the server has done what was asked of it until now.
     Image screenshot()
     {
-        adopt(xcb_get_input_focus_reply(*requests, xcb_get_input_focus(*requests), nullptr));
+        requests->waitForServer();
         return desktop.screenshot();
     }
 
