@@ -201,9 +201,12 @@ TEST_F(CaptureSession, GivesBackThePixmapsOfWindowsThatAreGone)
 
 TEST_F(CaptureSession, HoldsABoundedNumberOfPixmapsHoweverManySizesAreCaptured)
 {
+    // A window and what lies beside it are put together in a pixmap.
+    m_desktop.makeMappedWindow({.inner = {1, 0, 2, 200}, .colour = 0x0000ff});
+    showOverlay(1, m_desktop.screen());
     start();
     for (int side = 4; side < 200; side += 4)
-        captureNow({0, 0, double(side), double(side)});
+        captureSettled({0, 0, double(side), double(side)});
     EXPECT_LE(resources().at("PIXMAP"), 12U);
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/X11/Capture/StraightReading.h"
+
 namespace Platform::X11 {
 namespace {
 
@@ -30,8 +32,9 @@ void CaptureSession::capture(std::uint32_t windowNumber, CaptureResolution resol
         m_stack.copyTo(m_entries);
         m_truth.update(m_entries, m_reader.compositorChanges(), std::chrono::steady_clock::now());
         layTargets(resolution, rectangles);
+        m_isLastAttempt = attempt + 1 == mostAttempts;
         isCaptured = captureOnce(windowNumber);
-        if (isCaptured && attempt + 1 < mostAttempts)
+        if (isCaptured && !m_isLastAttempt)
             isCaptured = isStillValid(windowNumber);
     }
     if (!isCaptured)
@@ -161,6 +164,11 @@ void CaptureSession::paint(Piece& piece)
         return;
     if (readsScreen() && !piece.covered.encloses(piece.area))
         piece.screen = m_images.add(m_server.connection().root(), piece.area);
+    const auto straight = m_isLastAttempt ? std::nullopt : addStraight(m_server, m_painter, m_images, piece.steps, piece.area);
+    if (straight) {
+        piece.composed = *straight;
+        return;
+    }
     const auto canvas = m_painter.paint(piece.steps, piece.area, m_reader.root());
     piece.composed = m_images.add(canvas, {0, 0, piece.area.width, piece.area.height});
 }

@@ -90,7 +90,8 @@ private:
     std::vector<DeviceRect> m_upcomingAreas;
     std::vector<PaintStep> m_stepsNow;
     std::uint64_t m_knownGeneration = 0;
-    bool m_hasNews = false;  // events changed what is known
+    bool m_isLastAttempt = false;  // which takes what it can get
+    bool m_hasNews = false;        // events changed what is known
 };
 
 }  // namespace Platform::X11

@@ -8,27 +8,47 @@
 #include <cstring>
 
 namespace Platform::X11 {
+namespace {
+
+std::size_t sizeOf(const DeviceRect& area) { return static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height); }
+
+}  // namespace
+
+void ImageReader::begin()
+{
+    m_pictures.clear();
+    m_requests.clear();
+    m_size = 0;
+}
 
 std::size_t ImageReader::add(xcb_drawable_t drawable, const DeviceRect& area)
 {
-    m_requests.push_back({drawable, area, 0, 0});
-    return m_requests.size() - 1;
+    const auto number = addPicture(area);
+    addPart(drawable, area, 0);
+    return number;
+}
+
+std::size_t ImageReader::addPicture(const DeviceRect& size)
+{
+    m_pictures.push_back({m_size, sizeOf(size)});
+    m_size += sizeOf(size);
+    return m_pictures.size() - 1;
+}
+
+void ImageReader::addPart(xcb_drawable_t drawable, const DeviceRect& area, std::size_t offset)
+{
+    m_requests.push_back({drawable, area, m_pictures.back().offset + offset, 0});
 }
 
 std::span<const std::uint32_t> ImageReader::pixels(std::size_t number) const
 {
-    const auto& request = m_requests[number];
+    const auto& picture = m_pictures[number];
     const auto* all = m_usesSharedMemory ? m_shared->pixels().data() : m_copied.data();
-    return {all + request.offset, request.size()};
+    return {all + picture.offset, picture.size};
 }
 
 bool ImageReader::read()
 {
-    m_size = 0;
-    for (auto& request : m_requests) {
-        request.offset = m_size;
-        m_size += request.size();
-    }
     if (m_requests.empty())
         return true;
     if (m_usesSharedMemory)
@@ -75,7 +95,7 @@ bool ImageReader::readCopied()
     bool isRead = true;
     for (const auto& request : m_requests) {
         const auto image = adopt(xcb_get_image_reply(c, {request.sequence}, nullptr));
-        const auto bytes = request.size() * sizeof(std::uint32_t);
+        const auto bytes = sizeOf(request.area) * sizeof(std::uint32_t);
         isRead = isRead && image != nullptr && static_cast<std::size_t>(xcb_get_image_data_length(image.get())) >= bytes;
         if (isRead)
             std::memcpy(m_copied.data() + request.offset, xcb_get_image_data(image.get()), bytes);

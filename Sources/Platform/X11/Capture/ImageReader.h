@@ -16,9 +16,15 @@ class ImageReader {
 public:
     explicit ImageReader(CaptureServer& server) : m_server(server), m_usesSharedMemory(server.hasSharedMemory()) { }
 
-    void begin() { m_requests.clear(); }
-    // `area` lies in the drawable, in its coordinates. Returns the number of the picture.
+    void begin();
+    // A picture of `area`, which lies in the drawable, in its coordinates. Returns its
+    // number.
     std::size_t add(xcb_drawable_t, const DeviceRect& area);
+    // A picture that is to be put together from parts.
+    std::size_t addPicture(const DeviceRect& size);
+    // The part's pixels follow each other in the picture that was added last, from `offset`
+    // on. Of parts that overlap the last one counts.
+    void addPart(xcb_drawable_t, const DeviceRect& area, std::size_t offset);
     // False when the server refused one.
     bool read();
 
@@ -26,12 +32,15 @@ public:
     std::span<const std::uint32_t> pixels(std::size_t number) const;
 
 private:
+    struct Picture {
+        std::size_t offset;  // in pixels
+        std::size_t size;
+    };
     struct Request {
         xcb_drawable_t drawable;
         DeviceRect area;
-        std::size_t offset;  // in pixels
+        std::size_t offset;
         unsigned sequence;
-        std::size_t size() const { return static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height); }
     };
 
     void reserve(std::size_t pixels);
@@ -42,6 +51,7 @@ private:
     bool m_usesSharedMemory;
     std::unique_ptr<SharedMemory> m_shared;
     std::vector<std::uint32_t> m_copied;
+    std::vector<Picture> m_pictures;
     std::vector<Request> m_requests;
     std::size_t m_size = 0;
 };

@@ -27,6 +27,8 @@ public:
     // Paints the steps, of which the first is the highest, into a pixmap whose corner is
     // the corner of `area`. No round trip.
     xcb_pixmap_t paint(std::span<const PaintStep>, const DeviceRect& area, const RootLook& root);
+    // Where the pixels of a step's window are, its border included. No round trip.
+    xcb_pixmap_t pixmapOf(const PaintStep& step) { return named(step).pixmap; }
 
     // An error of the connection came in. A window whose pixmap could not be named is
     // named anew next time.

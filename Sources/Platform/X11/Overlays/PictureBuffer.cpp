@@ -7,8 +7,8 @@ namespace Platform::X11 {
 
 namespace {
 
-// The lines of a crosshair are not worth it: shared, they cost as much.
-constexpr std::size_t fewestShared = 16384;
+// What is smaller goes along with the request at no cost to speak of.
+constexpr std::size_t fewestShared = 1024;
 
 }  // namespace
 
