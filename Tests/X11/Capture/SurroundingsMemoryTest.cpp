@@ -136,5 +136,46 @@ TEST_F(SurroundingsMemory, GrowsWithTheOverlay)
     EXPECT_EQ(tintsOf(-4, 11, 16), Pixels(16, 6));
 }
 
+TEST_F(SurroundingsMemory, RecallsWhatWasKeptAndWhatWasLearned)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    EXPECT_FALSE(m_memory.isKept({0, 0, 1, 1}));
+    m_memory.keep({0, 0, 2, 2}, Pixels{1, 2, 3, 4});
+    learn({2, 0, 1, 2}, 5);
+    EXPECT_TRUE(m_memory.isKept({0, 0, 3, 2}));
+    EXPECT_FALSE(m_memory.isKept({0, 0, 4, 1}));
+    EXPECT_FALSE(m_memory.isKept({0, 0, 1, 3}));
+    Pixels picture(6);
+    m_memory.recall({0, 0, 3, 2}, picture);
+    EXPECT_EQ(
+        picture, (Pixels{0xff000001, 0xff000002, 0xff000000 | (composedAt(2, 0) + 5), 0xff000003, 0xff000004, 0xff000000 | (composedAt(2, 1) + 5)}));
+}
+
+TEST_F(SurroundingsMemory, KeepsNothingThatWasDroppedLeftOrForgotten)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({0, 0, 8, 8}, 5);
+    m_memory.drop({3, 3, 100, 1});
+    EXPECT_TRUE(m_memory.isKept({0, 0, 8, 3}));
+    EXPECT_TRUE(m_memory.isKept({0, 3, 3, 5}));
+    EXPECT_FALSE(m_memory.isKept({2, 3, 2, 1}));
+    EXPECT_TRUE(m_memory.isKept({0, 4, 8, 4}));
+    m_memory.drop({-100, -100, 50, 50});
+    EXPECT_TRUE(m_memory.isKept({0, 4, 8, 4}));
+    m_memory.dropAll();
+    EXPECT_FALSE(m_memory.isKept({7, 7, 1, 1}));
+    // What is known of the screen stays known.
+    EXPECT_EQ(tintsOf(0, 3, 8), Pixels(8, 5));
+
+    learn({0, 0, 8, 8}, 5);
+    m_memory.follow(number, {6, 0, 8, 8});
+    EXPECT_TRUE(m_memory.isKept({6, 0, 2, 8}));
+    EXPECT_FALSE(m_memory.isKept({6, 0, 3, 8}));
+    m_memory.follow(number, {6, 0, 20, 8});
+    EXPECT_FALSE(m_memory.isKept({6, 0, 2, 8}));
+    m_memory.forget();
+    EXPECT_FALSE(m_memory.isKept({6, 0, 1, 1}));
+}
+
 }  // namespace
 }  // namespace CaptureTests

@@ -1,6 +1,7 @@
 #include "Platform/X11/Capture/CaptureServer.h"
 
 #include <xcb/composite.h>
+#include <xcb/damage.h>
 #include <xcb/shape.h>
 #include <xcb/shm.h>
 #include <xcb/xfixes.h>
@@ -19,11 +20,12 @@ std::unique_ptr<CaptureServer> CaptureServer::open(const std::string& displayNam
 
 CaptureServer::CaptureServer(std::unique_ptr<Connection> connection) : m_connection(std::move(connection))
 {
-    for (auto* extension : {&xcb_composite_id, &xcb_render_id, &xcb_shape_id, &xcb_shm_id, &xcb_xfixes_id})
+    for (auto* extension : {&xcb_composite_id, &xcb_render_id, &xcb_shape_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_damage_id})
         xcb_prefetch_extension_data(*m_connection, extension);
     m_hasShape = m_connection->has(xcb_shape_id);
     m_hasSharedMemory = m_connection->has(xcb_shm_id);
     m_hasFixes = m_connection->has(xcb_xfixes_id);
+    m_hasDamage = m_connection->has(xcb_damage_id);
     if (m_connection->has(xcb_composite_id) && m_connection->has(xcb_render_id) && m_connection->hasUsualPixels())
         negotiate();
 }
@@ -38,6 +40,8 @@ void CaptureServer::negotiate()
     const auto formatsCookie = xcb_render_query_pict_formats(c);
     if (m_hasFixes)
         xcb_discard_reply(c, xcb_xfixes_query_version(c, 5, 0).sequence);
+    if (m_hasDamage)
+        xcb_discard_reply(c, xcb_damage_query_version(c, 1, 1).sequence);
     const auto composite = adopt(xcb_composite_query_version_reply(c, compositeCookie, nullptr));
     const auto render = adopt(xcb_render_query_version_reply(c, renderCookie, nullptr));
     const auto isNewEnough = [](const auto& version, unsigned minor) {

@@ -26,6 +26,7 @@ public:
     bool hasShape() const { return m_hasShape; }
     bool hasSharedMemory() const { return m_hasSharedMemory; }
     bool hasFixes() const { return m_hasFixes; }
+    bool hasDamage() const { return m_hasDamage; }
 
     // The picture format of a visual, 0 when there is none.
     xcb_render_pictformat_t formatOf(xcb_visualid_t) const;
@@ -44,6 +45,7 @@ private:
     bool m_hasShape = false;
     bool m_hasSharedMemory = false;
     bool m_hasFixes = false;
+    bool m_hasDamage = false;
     std::vector<std::pair<xcb_visualid_t, xcb_render_pictformat_t>> m_formats;
     std::uint64_t m_roundTrips = 0;
 };

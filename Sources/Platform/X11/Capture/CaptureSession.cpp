@@ -19,7 +19,7 @@ constexpr int mostEventsAtOnce = 50000;
 CaptureSession::CaptureSession(CaptureServer& server, const SharedMonitorLayout& layouts, const OverlayStack& stack, WindowContents contents)
     : m_server(server), m_layouts(layouts), m_stack(stack),
       m_redirection(contents == WindowContents::kept ? std::optional<Redirection>(std::in_place, server) : std::optional<Redirection>()),
-      m_reader(server), m_painter(server), m_images(server)
+      m_reader(server), m_changes(server), m_painter(server), m_images(server)
 {
 }
 
@@ -79,7 +79,7 @@ void CaptureSession::takeEvent(const xcb_generic_event_t& event)
 {
     if (event.response_type == 0)
         m_painter.failed(reinterpret_cast<const xcb_generic_error_t&>(event));
-    else
+    else if (!m_changes.handle(event))
         m_hasNews = m_reader.handle(event) || m_hasNews;
 }
 
@@ -114,17 +114,20 @@ void CaptureSession::plan(std::uint32_t windowNumber)
     for (auto& target : targets())
         plan(target.piece);
     planUpcoming(windowNumber);
+    findKnown();
 }
 
 void CaptureSession::planUpcoming(std::uint32_t windowNumber)
 {
     m_upcomingCount = 0;
+    m_upcomingOverlay = nullptr;
     if (!readsScreen())
         return;
     const auto hasNumber = [&](const OverlayEntry& entry) { return entry.windowNumber == windowNumber; };
     const auto overlay = std::find_if(m_entries.begin(), m_entries.end(), hasNumber);
-    if (overlay == m_entries.end())
+    if (overlay == m_entries.end() || !overlay->isOutlined)
         return;
+    m_upcomingOverlay = &*overlay;
     m_truth.findUpcoming(*overlay, m_reader.model().root(), m_reader.model(), m_below, m_upcomingAreas);
     m_upcomingCount = m_upcomingAreas.size();
     if (m_upcoming.size() < m_upcomingCount)
@@ -139,11 +142,44 @@ void CaptureSession::plan(Piece& piece)
 {
     piece.steps.clear();
     piece.covered.clear();
+    piece.isKnown = false;
     if (piece.area.isEmpty())
         return;
     m_planner.plan(m_reader.model(), m_below, m_reader.hasCompositor(), piece.area, piece.steps);
     if (readsScreen())
         m_truth.findCovered(piece.area, m_reader.model(), m_below, piece.covered);
+}
+
+// An overlay that covers what is captured for it sees the same again and again: of that
+// only what is new to it is read, as long as nothing beneath it changes. Another overlay
+// of ours beneath it changes all the time.
+void CaptureSession::findKnown()
+{
+    m_isQuiet = false;
+    if (m_upcomingOverlay == nullptr)
+        return;
+    if (!m_changes.isPossible() || hasOverlayBelow()) {
+        m_truth.forgetAnswers();
+        return;
+    }
+    m_changes.follow(m_reader.model(), m_below);
+    m_isQuiet = m_truth.forgetChanged(m_changes);
+    m_changes.clear();
+    for (auto& target : targets())
+        target.piece.isKnown = !m_isLastAttempt && !target.piece.area.isEmpty() && m_truth.isKnown(target.piece.area, target.piece.covered);
+}
+
+bool CaptureSession::hasOverlayBelow() const
+{
+    return std::any_of(m_entries.data(), m_upcomingOverlay, [](const OverlayEntry& entry) {
+        return std::any_of(entry.pictures.begin(), entry.pictures.end(), [](const OverlayPicture& picture) { return !picture.frame.isEmpty(); });
+    });
+}
+
+bool CaptureSession::hasKnownChanged()
+{
+    const auto now = targets();
+    return std::any_of(now.begin(), now.end(), [this](const Target& target) { return target.piece.isKnown && m_changes.touches(target.piece.area); });
 }
 
 bool CaptureSession::paintAndRead()
@@ -160,7 +196,7 @@ bool CaptureSession::paintAndRead()
 void CaptureSession::paint(Piece& piece)
 {
     piece.screen.reset();
-    if (piece.area.isEmpty())
+    if (piece.area.isEmpty() || piece.isKnown)
         return;
     if (readsScreen() && !piece.covered.encloses(piece.area))
         piece.screen = m_images.add(m_server.connection().root(), piece.area);
@@ -193,7 +229,7 @@ bool CaptureSession::captureOnce(std::uint32_t windowNumber)
     plan(windowNumber);
     const bool isRead = paintAndRead();
     takeQueuedEvents();
-    return isRead && !hasFailed() && !m_server.connection().isBroken();
+    return isRead && !hasFailed() && !hasKnownChanged() && !m_server.connection().isBroken();
 }
 
 // Whatever happened before the server answered has been told by now: the picture is of
@@ -242,12 +278,33 @@ void CaptureSession::answer(std::uint32_t windowNumber, std::span<Captured> answ
     }
 }
 
+// Mostly the picture is what is remembered, without a step in between.
+void CaptureSession::recall(const Target& target, Image& image)
+{
+    const auto& area = target.piece.area;
+    if (target.grid.isWholeArea(*m_layout)) {
+        image.resize(area.width, area.height);
+        m_truth.recall(area, image.pixels());
+        return;
+    }
+    m_recalled.resize(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height));
+    m_truth.recall(area, m_recalled);
+    target.grid.fill(*m_layout, m_recalled, image);
+}
+
 void CaptureSession::answerFromScreen(std::uint32_t windowNumber, const Target& target, Captured& answer)
 {
     const auto& piece = target.piece;
+    if (piece.isKnown) {
+        recall(target, answer.image);
+        return;
+    }
     const auto screen = piece.screen ? m_images.pixels(*piece.screen) : std::span<const std::uint32_t>();
     const auto picture = m_truth.merge(windowNumber, piece.area, piece.covered, m_images.pixels(piece.composed), screen);
     target.grid.fill(*m_layout, picture, answer.image);
+    // What goes on changing would be kept for nothing.
+    if (m_isQuiet)
+        m_truth.keep(windowNumber, piece.area);
 }
 
 }  // namespace Platform::X11

@@ -9,6 +9,7 @@
 
 #include "Platform/ScreenCapture.h"
 #include "Platform/X11/Capture/CaptureServer.h"
+#include "Platform/X11/Capture/ChangeWatch.h"
 #include "Platform/X11/Capture/ImageReader.h"
 #include "Platform/X11/Capture/PaintPlan.h"
 #include "Platform/X11/Capture/Painter.h"
@@ -41,6 +42,7 @@ private:
         DeviceRect area;  // empty: nothing of it lies on the screen
         std::vector<PaintStep> steps;
         Region covered;            // where the screen does not show what is wanted
+        bool isKnown = false;      // nothing of it is to be read
         std::size_t composed = 0;  // number of the picture
         std::optional<std::size_t> screen;
     };
@@ -57,6 +59,9 @@ private:
     void plan(std::uint32_t windowNumber);
     void planUpcoming(std::uint32_t windowNumber);
     void plan(Piece&);
+    void findKnown();
+    bool hasKnownChanged();
+    bool hasOverlayBelow() const;
     bool paintAndRead();
     void paint(Piece&);
     bool hasFailed();
@@ -69,6 +74,7 @@ private:
     template <typename Predicate> bool isTrueOfAPiece(Predicate&& isTrue);
     void learnUpcoming();
     void answer(std::uint32_t windowNumber, std::span<Captured> answers);
+    void recall(const Target&, Image&);
     void answerFromScreen(std::uint32_t windowNumber, const Target&, Captured&);
 
     CaptureServer& m_server;
@@ -76,6 +82,7 @@ private:
     const OverlayStack& m_stack;
     std::optional<Redirection> m_redirection;  // the server has begun with it once the reader has read
     StackReader m_reader;
+    ChangeWatch m_changes;
     Painter m_painter;
     ImageReader m_images;
     PaintPlanner m_planner;
@@ -88,8 +95,11 @@ private:
     std::vector<Piece> m_upcoming;  // what the overlay is about to cover
     std::size_t m_upcomingCount = 0;
     std::vector<DeviceRect> m_upcomingAreas;
+    const OverlayEntry* m_upcomingOverlay = nullptr;  // where the overlay is outlined
     std::vector<PaintStep> m_stepsNow;
+    std::vector<std::uint32_t> m_recalled;
     std::uint64_t m_knownGeneration = 0;
+    bool m_isQuiet = false;        // nothing has changed beneath the overlay since the capture before
     bool m_isLastAttempt = false;  // which takes what it can get
     bool m_hasNews = false;        // events changed what is known
 };

@@ -57,19 +57,26 @@ bool SampleGrid::lay(const MonitorLayout& layout, const DeviceRect& root, const 
     return true;
 }
 
+// On one of them: more are not worth the search.
+bool SampleGrid::isOnMonitors(const MonitorLayout& layout) const
+{
+    const DevicePoint first = {m_columns.front(), m_rows.front()};
+    const DevicePoint last = {m_columns.back(), m_rows.back()};
+    const auto& monitors = layout.monitors();
+    return std::any_of(monitors.begin(), monitors.end(), [&](const Monitor& monitor) {
+        const auto visible = intersection(monitor.frame, m_area);
+        return visible.contains(first) && visible.contains(last);
+    });
+}
+
+bool SampleGrid::isWholeArea(const MonitorLayout& layout) const { return m_columns.isUnbroken() && m_rows.isUnbroken() && isOnMonitors(layout); }
+
 void SampleGrid::fill(const MonitorLayout& layout, std::span<const std::uint32_t> pixels, Image& image) const
 {
     image.resize(static_cast<int>(m_columns.count()), static_cast<int>(m_rows.count()));
-    const DevicePoint first = {m_columns.front(), m_rows.front()};
-    const DevicePoint last = {m_columns.back(), m_rows.back()};
-    const auto showsAll = [&](const Monitor& monitor) {
-        const auto visible = intersection(monitor.frame, m_area);
-        return visible.contains(first) && visible.contains(last);
-    };
-    const auto& monitors = layout.monitors();
-    if (std::none_of(monitors.begin(), monitors.end(), showsAll))
+    if (!isOnMonitors(layout))
         std::fill(image.pixels().begin(), image.pixels().end(), 0U);
-    for (const auto& monitor : monitors)
+    for (const auto& monitor : layout.monitors())
         fillPart(intersection(monitor.frame, m_area), pixels, image);
 }
 

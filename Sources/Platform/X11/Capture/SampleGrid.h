@@ -20,6 +20,9 @@ public:
     // The device pixels that fill() wants; empty when all of them lie off the screen.
     const DeviceRect& area() const { return m_area; }
 
+    // True when the picture is area() itself, pixel by pixel, all of it on monitors.
+    bool isWholeArea(const MonitorLayout&) const;
+
     // `pixels` are those of area(), 0xXXRRGGBB. What lies on no monitor becomes 0, all
     // others opaque.
     void fill(const MonitorLayout&, std::span<const std::uint32_t> pixels, Image&) const;
@@ -51,6 +54,7 @@ private:
         std::vector<int> m_offsets;
     };
 
+    bool isOnMonitors(const MonitorLayout&) const;
     void fillPart(const DeviceRect& visible, std::span<const std::uint32_t> pixels, Image&) const;
 
     Axis m_columns;

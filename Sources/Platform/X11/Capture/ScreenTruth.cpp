@@ -36,6 +36,7 @@ void ScreenTruth::findUpcoming(
     const OverlayEntry& overlay, const DeviceRect& root, const StackModel& model, const BelowOverlay& below, std::vector<DeviceRect>& parts)
 {
     parts.clear();
+    m_place = {};
     if (!overlay.isOutlined)
         return;
     const auto place = withShadow(overlay.upcoming);
@@ -43,6 +44,7 @@ void ScreenTruth::findUpcoming(
     if (area.isEmpty() || long{place.width} * place.height > mostPixels)
         return;
     m_surroundings.follow(overlay.windowNumber, place);
+    m_place = area;
     findCovered(area, model, below, m_covered);
     m_upcoming.clear();
     m_upcoming.add(area);
@@ -54,6 +56,31 @@ void ScreenTruth::findUpcoming(
 void ScreenTruth::learn(const DeviceRect& part, std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen)
 {
     m_surroundings.learn(part, composed, screen);
+}
+
+bool ScreenTruth::forgetChanged(const ChangeWatch& changes)
+{
+    if (changes.hasAllChanged())
+        m_surroundings.dropAll();
+    for (const auto& part : changes.changed())
+        m_surroundings.drop(part);
+    return !changes.touches(m_place);
+}
+
+bool ScreenTruth::isKnown(const DeviceRect& area, const Region& covered) const
+{
+    if (!encloses(m_place, area))
+        return false;
+    const auto parts = covered.rects();
+    // Mostly all of it, though some of that might be learned anew.
+    return m_surroundings.isKept(area) ||
+        std::all_of(parts.begin(), parts.end(), [&](const DeviceRect& part) { return m_surroundings.isKept(intersection(part, area)); });
+}
+
+void ScreenTruth::keep(std::uint32_t windowNumber, const DeviceRect& area)
+{
+    if (m_surroundings.follows(windowNumber))
+        m_surroundings.keep(area, m_picture);
 }
 
 std::span<const std::uint32_t> ScreenTruth::merge(std::uint32_t windowNumber, const DeviceRect& area, const Region& covered,

@@ -7,6 +7,7 @@
 
 #include <optional>
 
+#include "Platform/X11/Capture/ChangeWatch.h"
 #include "Platform/X11/Capture/CoverHistory.h"
 #include "Platform/X11/Capture/SurroundingsMemory.h"
 #include "Platform/X11/Capture/TruthMemory.h"
@@ -29,6 +30,16 @@ public:
     void findUpcoming(const OverlayEntry&, const DeviceRect& root, const StackModel&, const BelowOverlay&, std::vector<DeviceRect>& parts);
     void learn(const DeviceRect& part, std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen);
 
+    // Forgets the answers for what changed. True when nothing did that matters to the overlay.
+    bool forgetChanged(const ChangeWatch&);
+    void forgetAnswers() { m_surroundings.dropAll(); }
+    // True when recall() will say what `area` shows, once the parts that findUpcoming() told
+    // are learned.
+    bool isKnown(const DeviceRect& area, const Region& covered) const;
+    void recall(const DeviceRect& area, std::span<std::uint32_t> picture) const { m_surroundings.recall(area, picture); }
+    // Keeps for recall() what was merged for `area`.
+    void keep(std::uint32_t windowNumber, const DeviceRect& area);
+
     // The picture of `area`, 0x00RRGGBB, valid until the next call. `screen` may be empty
     // when everything is covered.
     std::span<const std::uint32_t> merge(std::uint32_t windowNumber, const DeviceRect& area, const Region& covered,
@@ -40,6 +51,7 @@ private:
     SurroundingsMemory m_surroundings;
     Region m_covered;
     Region m_upcoming;
+    DeviceRect m_place;  // covered, or told as upcoming; empty when the overlay is not followed
     std::uint64_t m_compositorChanges = 0;
     std::optional<Time> m_distrustEnd;
     std::vector<std::uint32_t> m_composed;

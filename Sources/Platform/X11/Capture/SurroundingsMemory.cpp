@@ -1,6 +1,7 @@
 #include "Platform/X11/Capture/SurroundingsMemory.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "Platform/X11/Capture/PixelColours.h"
 
@@ -80,6 +81,8 @@ void SurroundingsMemory::growTo(const DeviceRect& window)
     m_window = window;
     m_composed.assign(static_cast<std::size_t>(window.width) * static_cast<std::size_t>(window.height), unknown);
     m_screen.resize(m_composed.size());
+    m_answers.resize(m_composed.size());
+    m_isKept.assign(m_composed.size(), 0);
     forEachRun(kept, [&](std::size_t number, std::size_t place, std::size_t count) {
         std::copy_n(&composed[number], count, &m_composed[place]);
         std::copy_n(&screen[number], count, &m_screen[place]);
@@ -93,7 +96,10 @@ void SurroundingsMemory::moveTo(const DeviceRect& window)
     m_entered.subtract(m_window);
     m_window = window;
     for (const auto& part : m_entered.rects())
-        forEachRun(part, [this](std::size_t, std::size_t place, std::size_t count) { std::fill_n(&m_composed[place], count, unknown); });
+        forEachRun(part, [this](std::size_t, std::size_t place, std::size_t count) {
+            std::fill_n(&m_composed[place], count, unknown);
+            std::fill_n(&m_isKept[place], count, std::uint8_t{0});
+        });
 }
 
 void SurroundingsMemory::learn(const DeviceRect& part, std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen)
@@ -103,6 +109,8 @@ void SurroundingsMemory::learn(const DeviceRect& part, std::span<const std::uint
     forEachRun(part, [&](std::size_t number, std::size_t place, std::size_t count) {
         takeColours(composed.subspan(number, count), &m_composed[place]);
         takeColours(screen.subspan(number, count), &m_screen[place]);
+        std::copy_n(&m_screen[place], count, &m_answers[place]);
+        std::fill_n(&m_isKept[place], count, std::uint8_t{1});
     });
 }
 
@@ -126,11 +134,48 @@ void SurroundingsMemory::recover(
     }
 }
 
+void SurroundingsMemory::keep(const DeviceRect& area, std::span<const std::uint32_t> picture)
+{
+    if (!encloses(m_window, area))
+        return;
+    forEachRun(area, [&](std::size_t number, std::size_t place, std::size_t count) {
+        std::copy_n(&picture[number], count, &m_answers[place]);
+        std::fill_n(&m_isKept[place], count, std::uint8_t{1});
+    });
+}
+
+bool SurroundingsMemory::isKept(const DeviceRect& area) const
+{
+    if (!encloses(m_window, area))
+        return false;
+    bool areAll = true;
+    forEachRun(
+        area, [&](std::size_t, std::size_t place, std::size_t count) { areAll = areAll && std::memchr(&m_isKept[place], 0, count) == nullptr; });
+    return areAll;
+}
+
+void SurroundingsMemory::recall(const DeviceRect& area, std::span<std::uint32_t> picture) const
+{
+    forEachRun(area, [&](std::size_t number, std::size_t place, std::size_t count) {
+        std::transform(&m_answers[place], &m_answers[place] + count, &picture[number], opaqueOf);
+    });
+}
+
+void SurroundingsMemory::drop(const DeviceRect& area)
+{
+    forEachRun(intersection(area, m_window),
+        [&](std::size_t, std::size_t place, std::size_t count) { std::fill_n(&m_isKept[place], count, std::uint8_t{0}); });
+}
+
+void SurroundingsMemory::dropAll() { std::fill(m_isKept.begin(), m_isKept.end(), std::uint8_t{0}); }
+
 void SurroundingsMemory::forget()
 {
     m_window = {};
     m_composed.clear();
     m_screen.clear();
+    m_answers.clear();
+    m_isKept.clear();
 }
 
 }  // namespace Platform::X11

@@ -26,6 +26,14 @@ public:
     // `composed` is 0xXXRRGGBB, the colours put in are 0x00RRGGBB.
     void recover(const DeviceRect& area, const Region& covered, std::span<const std::uint32_t> composed, std::span<std::uint32_t> picture) const;
 
+    // What was answered for `area`, 0x00RRGGBB, holds until it is dropped. What is learned
+    // will be the answer, too. Recalled it is 0xffRRGGBB.
+    void keep(const DeviceRect& area, std::span<const std::uint32_t> picture);
+    bool isKept(const DeviceRect& area) const;
+    void recall(const DeviceRect& area, std::span<std::uint32_t> picture) const;
+    void drop(const DeviceRect& area);
+    void dropAll();
+
     void forget();
 
 private:
@@ -41,6 +49,8 @@ private:
     // The screen's pixel (x, y) at (x mod width, y mod height).
     std::vector<std::uint32_t> m_composed;
     std::vector<std::uint32_t> m_screen;
+    std::vector<std::uint32_t> m_answers;
+    std::vector<std::uint8_t> m_isKept;  // 1 where the answer holds
     Region m_entered;
 };
 

@@ -1,0 +1,128 @@
+#include "Platform/X11/Capture/ChangeWatch.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
+namespace Platform::X11 {
+namespace {
+
+// More are not worth telling apart.
+constexpr std::size_t mostParts = 64;
+
+// FNV-1a, a number at a time.
+class Digest {
+public:
+    void add(std::initializer_list<std::uint64_t> numbers)
+    {
+        for (const auto number : numbers)
+            m_value = (m_value ^ number) * 0x100000001b3;
+    }
+    void add(const DeviceRect& rect)
+    {
+        for (const int number : {rect.x, rect.y, rect.width, rect.height})
+            add({static_cast<std::uint32_t>(number)});
+    }
+    std::uint64_t value() const { return m_value; }
+
+private:
+    std::uint64_t m_value = 0xcbf29ce484222325;
+};
+
+bool counts(const ToplevelWindow& window, const BelowOverlay& below) { return window.hasPixels() && !below.leavesOut(window.id); }
+
+std::span<const ToplevelWindow> windowsBelow(const StackModel& model, const BelowOverlay& below) { return model.windows().first(below.top); }
+
+// All that a plan is made of.
+std::uint64_t lookOf(const StackModel& model, const BelowOverlay& below)
+{
+    Digest digest;
+    digest.add({model.rootBackground()});
+    digest.add(model.root());
+    for (const auto& window : windowsBelow(model, below)) {
+        if (!counts(window, below))
+            continue;
+        digest.add({window.id, window.contents, window.visual, window.depth, window.opacity, std::uint64_t{window.isShaped},
+            static_cast<std::uint32_t>(window.border), window.shape.size()});
+        digest.add(window.frame);
+        for (const auto& part : window.shape)
+            digest.add(part);
+    }
+    return digest.value();
+}
+
+}  // namespace
+
+ChangeWatch::~ChangeWatch()
+{
+    for (const auto& [window, watched] : m_watched)
+        xcb_damage_destroy(m_server.connection(), watched.damage);
+    xcb_flush(m_server.connection());
+}
+
+void ChangeWatch::follow(const StackModel& model, const BelowOverlay& below)
+{
+    if (std::exchange(m_look, lookOf(model, below)) != m_look)
+        m_hasAllChanged = true;
+    watchWindows(model, below);
+}
+
+void ChangeWatch::watchWindows(const StackModel& model, const BelowOverlay& below)
+{
+    auto& connection = m_server.connection();
+    for (auto& [window, watched] : m_watched)
+        watched.isWanted = false;
+    for (const auto& window : windowsBelow(model, below)) {
+        if (!counts(window, below))
+            continue;
+        auto& watched = m_watched[window.id];
+        watched.isWanted = true;
+        if (watched.damage != XCB_NONE)
+            continue;
+        watched.damage = connection.newId();
+        xcb_damage_create(connection, watched.damage, window.id, XCB_DAMAGE_REPORT_LEVEL_BOUNDING_BOX);
+        change(window.frame);
+    }
+    // Of a window that is gone the server has forgotten it already, and says so.
+    std::erase_if(m_watched, [&](const auto& entry) {
+        if (!entry.second.isWanted)
+            xcb_damage_destroy(connection, entry.second.damage);
+        return !entry.second.isWanted;
+    });
+}
+
+bool ChangeWatch::handle(const xcb_generic_event_t& event)
+{
+    if (!isPossible() || eventType(event) != m_server.connection().firstEvent(xcb_damage_id) + XCB_DAMAGE_NOTIFY)
+        return false;
+    const auto& notify = reinterpret_cast<const xcb_damage_notify_event_t&>(event);
+    const auto watched = m_watched.find(notify.drawable);
+    if (watched == m_watched.end() || watched->second.damage != notify.damage)
+        return true;
+    // Before whatever is read from now on: what is drawn afterwards is told anew.
+    xcb_damage_subtract(m_server.connection(), notify.damage, XCB_NONE, XCB_NONE);
+    change({notify.geometry.x + notify.area.x, notify.geometry.y + notify.area.y, notify.area.width, notify.area.height});
+    return true;
+}
+
+void ChangeWatch::change(const DeviceRect& part)
+{
+    if (m_changed.size() == mostParts)
+        m_hasAllChanged = true;
+    else
+        m_changed.push_back(part);
+}
+
+bool ChangeWatch::touches(const DeviceRect& area) const
+{
+    return m_hasAllChanged ||
+        std::any_of(m_changed.begin(), m_changed.end(), [&](const DeviceRect& part) { return !intersection(part, area).isEmpty(); });
+}
+
+void ChangeWatch::clear()
+{
+    m_hasAllChanged = false;
+    m_changed.clear();
+}
+
+}  // namespace Platform::X11
