@@ -1,6 +1,7 @@
 // An outlined overlay covers what is captured for it, and more than that.
 #include <sstream>
 
+#include "Platform/X11/WireRect.h"
 #include "Support/WaitUntil.h"
 #include "X11/Capture/CaptureSetting.h"
 
@@ -169,9 +170,11 @@ TEST_F(OutlinedOverlayCapture, AsksForNothingWhileItStandsAndNothingChanges)
 TEST_F(OutlinedOverlayCapture, SeesAWindowThatIsPaintedPartByPart)
 {
     settleAt(110, 60);
-    for (std::uint32_t i = 1; i <= 12; ++i) {
-        fill(m_foreign, {45 + static_cast<std::int16_t>(i % 4), 36, 4, 4}, i);
-        EXPECT_TRUE(shows(110, 60, {105 + static_cast<int>(i % 4), 56, 4, 4}, i)) << i;
+    for (int i = 1; i <= 12; ++i) {
+        const auto colour = static_cast<std::uint32_t>(i);
+        const DeviceRect part = {105 + i % 4, 56, 4, 4};
+        fill(m_foreign, Platform::X11::toWire({part.x - 60, part.y - 20, part.width, part.height}), colour);
+        EXPECT_TRUE(shows(110, 60, part, colour)) << i;
     }
 }
 
