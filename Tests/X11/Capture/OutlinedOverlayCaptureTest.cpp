@@ -35,15 +35,16 @@ protected:
         const bool isNew = m_entries.empty();
         if (isNew)
             m_entries.push_back({.windowNumber = 1, .isOutlined = true});
-        m_entries[0].upcoming = frame;
+        auto& entry = m_entries.back();
+        entry.upcoming = frame;
         m_stack.set(m_entries);
         auto captured = capture({double(x - toMiddle), double(y - toMiddle), sampleSide, sampleSide});
         if (isNew) {
             m_window = m_desktop.makeMappedWindow({.inner = frame, .colour = overlayColour});
-            m_entries[0].pictures = {{m_window, frame}};
+            entry.pictures = {{m_window, frame}};
         }
         m_desktop.move(m_window, frame.x, frame.y);
-        m_entries[0].pictures[0].frame = frame;
+        entry.pictures[0].frame = frame;
         m_stack.set(m_entries);
         m_desktop.sync();
         EXPECT_TRUE(TestSupport::waitUntil([&] { return m_desktop.screenPicture({x, y, 1, 1}).pixel(0, 0) == (0xff000000 | overlayColour); }));
@@ -220,6 +221,25 @@ TEST_F(OutlinedOverlayCapture, SeesTheWallpaperChange)
     settleAt(250, 150);
     m_desktop.setRootTile(tileOf(0xabcdef));
     EXPECT_TRUE(shows(250, 150, {245, 145, 10, 10}, 0xabcdef));
+}
+
+TEST_F(OutlinedOverlayCapture, SeesAnotherOverlayComeAndGoBeneathIt)
+{
+    constexpr std::uint32_t lineColour = 0x445566;
+    const DeviceRect line = {190, 0, 1, 200};
+    settleAt(110, 60);
+    const auto other = m_desktop.makeMappedWindow({.inner = line, .colour = lineColour});
+    m_desktop.restack(m_window, XCB_STACK_MODE_ABOVE);
+    m_entries.insert(m_entries.begin(), {.windowNumber = 2, .pictures = {{other, line}}});
+    EXPECT_TRUE(TestSupport::waitUntil([&] { return m_desktop.screenPicture({190, 150, 1, 1}).pixel(0, 0) == (0xff000000 | lineColour); }));
+    for (int x = 110; x < 190; x += 5)
+        captureAt(x, 60);
+    EXPECT_TRUE(shows(190, 60, {190, 55, 1, 10}, lineColour));
+    captureAt(170, 60);
+    m_desktop.unmap(other);
+    m_entries.erase(m_entries.begin());
+    EXPECT_EQ(captureAt(190, 60).pixel(toMiddle, toMiddle), m_before.pixel(190, 60));
+    EXPECT_EQ(captureAt(190, 60).pixel(toMiddle, toMiddle), m_before.pixel(190, 60));
 }
 
 // What changed while it was not below the overlay is seen when it is.

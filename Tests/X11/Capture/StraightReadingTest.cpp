@@ -123,6 +123,11 @@ TEST_F(StraightReading, LeavesToBePaintedWhatIsNotThereAsItIsWanted)
     EXPECT_TRUE(read({blended}, step.area).empty());
     EXPECT_TRUE(read({ofOtherDepth}, step.area).empty());
     EXPECT_TRUE(read({background}, step.area).empty());
+    // Of so many parts that reading them one by one would take longer.
+    std::vector<PaintStep> dots(20, stepFor(id, {0, 0, 1, 1}));
+    for (std::size_t x = 0; x < dots.size(); ++x)
+        dots[x].area.x = dots[x].source.x = static_cast<int>(x);
+    EXPECT_TRUE(read(dots, {0, 0, 20, 1}).empty());
     // Side by side in more than one row.
     EXPECT_TRUE(read({stepFor(id, {0, 0, 2, 4}), stepFor(id, {2, 0, 2, 4}, {2, 0})}, step.area).empty());
 }

@@ -160,6 +160,7 @@ void CaptureSession::findKnown()
         return;
     if (!m_changes.isPossible() || hasOverlayBelow()) {
         m_truth.forgetAnswers();
+        m_changes.doubt();
         return;
     }
     m_changes.follow(m_reader.model(), m_below);

@@ -95,7 +95,7 @@ private:
     std::vector<Piece> m_upcoming;  // what the overlay is about to cover
     std::size_t m_upcomingCount = 0;
     std::vector<DeviceRect> m_upcomingAreas;
-    const OverlayEntry* m_upcomingOverlay = nullptr;  // where the overlay is outlined
+    const OverlayEntry* m_upcomingOverlay = nullptr;  // of m_entries; none for an overlay that is not outlined
     std::vector<PaintStep> m_stepsNow;
     std::vector<std::uint32_t> m_recalled;
     std::uint64_t m_knownGeneration = 0;

@@ -73,15 +73,8 @@ void ChangeWatch::watchWindows(const StackModel& model, const BelowOverlay& belo
     for (auto& [window, watched] : m_watched)
         watched.isWanted = false;
     for (const auto& window : windowsBelow(model, below)) {
-        if (!counts(window, below))
-            continue;
-        auto& watched = m_watched[window.id];
-        watched.isWanted = true;
-        if (watched.damage != XCB_NONE)
-            continue;
-        watched.damage = connection.newId();
-        xcb_damage_create(connection, watched.damage, window.id, XCB_DAMAGE_REPORT_LEVEL_BOUNDING_BOX);
-        change(window.frame);
+        if (counts(window, below))
+            watch(window);
     }
     // Of a window that is gone the server has forgotten it already, and says so.
     std::erase_if(m_watched, [&](const auto& entry) {
@@ -89,6 +82,25 @@ void ChangeWatch::watchWindows(const StackModel& model, const BelowOverlay& belo
             xcb_damage_destroy(connection, entry.second.damage);
         return !entry.second.isWanted;
     });
+}
+
+// Another window may have the number of one that went, and the news of a window whose
+// stack was read anew may be lost: both have other contents.
+void ChangeWatch::watch(const ToplevelWindow& window)
+{
+    auto& connection = m_server.connection();
+    auto& watched = m_watched[window.id];
+    watched.isWanted = true;
+    if (std::exchange(watched.hasTold, false))
+        xcb_damage_subtract(connection, watched.damage, XCB_NONE, XCB_NONE);
+    if (watched.contents == window.contents)
+        return;
+    if (watched.damage != XCB_NONE)
+        xcb_damage_destroy(connection, watched.damage);
+    watched.contents = window.contents;
+    watched.damage = connection.newId();
+    xcb_damage_create(connection, watched.damage, window.id, XCB_DAMAGE_REPORT_LEVEL_BOUNDING_BOX);
+    change(window.frame);
 }
 
 bool ChangeWatch::handle(const xcb_generic_event_t& event)
@@ -99,8 +111,7 @@ bool ChangeWatch::handle(const xcb_generic_event_t& event)
     const auto watched = m_watched.find(notify.drawable);
     if (watched == m_watched.end() || watched->second.damage != notify.damage)
         return true;
-    // Before whatever is read from now on: what is drawn afterwards is told anew.
-    xcb_damage_subtract(m_server.connection(), notify.damage, XCB_NONE, XCB_NONE);
+    watched->second.hasTold = true;
     change({notify.geometry.x + notify.area.x, notify.geometry.y + notify.area.y, notify.area.width, notify.area.height});
     return true;
 }

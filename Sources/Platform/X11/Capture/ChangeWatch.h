@@ -27,8 +27,11 @@ public:
     bool isPossible() const { return m_server.hasDamage(); }
 
     // From now on for the windows below the overlay. What is read by requests that follow
-    // this call is newer than all changes before it.
+    // this call is newer than all changes before it. While nobody calls it, a window that
+    // is drawn in tells so once.
     void follow(const StackModel&, const BelowOverlay&);
+    // Something may have changed that was not followed.
+    void doubt() { m_hasAllChanged = true; }
     // True when the event was one of those it asked for.
     bool handle(const xcb_generic_event_t&);
 
@@ -41,11 +44,14 @@ public:
 private:
     struct Watched {
         xcb_damage_damage_t damage = XCB_NONE;
+        std::uint64_t contents = 0;
         bool isWanted = false;
+        bool hasTold = false;  // and tells no more within the same place until it is answered
     };
 
     void change(const DeviceRect&);
     void watchWindows(const StackModel&, const BelowOverlay&);
+    void watch(const ToplevelWindow&);
 
     CaptureServer& m_server;
     std::unordered_map<xcb_window_t, Watched> m_watched;

@@ -28,7 +28,7 @@ public:
     // False when the server refused one.
     bool read();
 
-    // 0xXXRRGGBB, rows without padding; valid until the next read().
+    // 0xXXRRGGBB, rows without padding; valid until the next begin().
     std::span<const std::uint32_t> pixels(std::size_t number) const;
 
 private:

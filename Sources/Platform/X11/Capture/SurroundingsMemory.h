@@ -1,7 +1,8 @@
 // What the screen showed where a moving overlay lies and a little around it: read before
 // the overlay covers it. A window on the screen, with room on all sides, that moves along
 // only when the overlay leaves it; each pixel keeps its place in memory, so moving copies
-// nothing.
+// nothing. Also what was answered for the pixels of late, so that they need not be composed
+// again while nothing beneath them changes.
 #pragma once
 
 #include <cstdint>
