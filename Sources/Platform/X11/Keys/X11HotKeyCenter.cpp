@@ -235,7 +235,8 @@ void X11HotKeyCenter::grabAgain(const ModifierMap& map)
         ungrab(hotKey);
     m_modifierMap = map;
     for (auto& [serial, hotKey] : m_hotKeys) {
-        hotKey.combination.modifiers = map.modifiersOfCarbon(hotKey.carbonModifiers).value_or(0);
+        // Every map knows the modifiers that one has granted.
+        hotKey.combination.modifiers = map.modifiersOfCarbon(hotKey.carbonModifiers).value();
         hotKey.isGrabbed = grab(hotKey.combination);
     }
 }
