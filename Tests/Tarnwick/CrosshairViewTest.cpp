@@ -1,9 +1,6 @@
-#include "Tarnwick/CrosshairView.h"
-
-#include <gtest/gtest.h>
+#include "Tarnwick/CrosshairViewFixture.h"
 
 #include "Platform/Posix/ThreadSerialQueue.h"
-#include "Support/FakeSystem.h"
 #include "Support/WaitUntil.h"
 
 namespace Tarnwick {
@@ -11,14 +8,6 @@ namespace {
 
 using Platform::Image;
 using Platform::Rect;
-
-constexpr std::int64_t windowNumber = 7;
-
-class NoDelegate final : public Platform::OverlayWindowDelegate {
-public:
-    void keyDown(const Platform::KeyEvent&) override { }
-    void dismissRequested() override { }
-};
 
 Image plain(int width, int height, std::uint32_t colour)
 {
@@ -28,55 +17,9 @@ Image plain(int width, int height, std::uint32_t colour)
     return image;
 }
 
-// A view in a window over the whole of the one screen, 1920 x 1080.
-class CrosshairViewTest : public testing::Test {
-protected:
-    CrosshairViewTest() { view->setWindow(window.get()); }
-    ~CrosshairViewTest() override { view->setWindow(nullptr); }
-
-    std::shared_ptr<CrosshairView> makeView()
-    {
-        return std::make_shared<CrosshairView>(fake.mainLoop, fake.screens, fake.screenCapture, captureQueue);
-    }
-
-    // What the pump does once a tick.
-    void tick(Platform::Point mouse)
-    {
-        view->setMouse(mouse);
-        view->setNeedsDisplay();
-        view->scheduleStripRefresh(windowNumber);
-    }
-
-    // The capture is done and its store step posted.
-    void finishCapture() { EXPECT_EQ(fake.serialQueues.runAll(), 1); }
-
-    void captureAt(Platform::Point mouse)
-    {
-        view->setMouse(mouse);
-        view->scheduleStripRefresh(windowNumber);
-        finishCapture();
-        fake.mainLoop.runUntilIdle();
-    }
-
-    std::vector<Rect> rectanglesCapturedAt(Platform::Point mouse)
-    {
-        captureAt(mouse);
-        return fake.screenCapture.requests().back().rectangles;
-    }
-
-    TestSupport::FakeOverlayWindow& shown() { return fake.overlayWindows.last(); }
-
-    TestSupport::FakeSystem fake;
-    CaptureQueue captureQueue{fake.serialQueues};
-    NoDelegate delegate;
-    std::unique_ptr<Platform::OverlayWindow> window = fake.overlayWindows.makeOverlayWindow({.frame = {0, 0, 1920, 1080}}, delegate);
-    std::shared_ptr<CrosshairView> view = makeView();
-};
-
-using CrosshairViewCapture = CrosshairViewTest;
-using CrosshairViewDrawing = CrosshairViewTest;
-using CrosshairViewDisplay = CrosshairViewTest;
-using CrosshairViewDeathTest = CrosshairViewTest;
+using CrosshairViewCapture = CrosshairViewFixture;
+using CrosshairViewDrawing = CrosshairViewFixture;
+using CrosshairViewDeathTest = CrosshairViewFixture;
 
 TEST_F(CrosshairViewCapture, StartsWithNoStripsAndNoCapture)
 {
@@ -313,116 +256,6 @@ TEST_F(CrosshairViewDrawing, DrawsOnlyTheVerticalStripWhereTheHorizontalOneIsMis
     ASSERT_EQ(drawing.pictures().size(), 1U);
     EXPECT_EQ(drawing.pictures()[0].rectangle, (Rect{99.5, 0, 1, 1080}));
     EXPECT_EQ(drawing.pictures()[0].image, view->vStrip());
-}
-
-TEST_F(CrosshairViewDisplay, DrawsNothingWithoutAWindow)
-{
-    view->setWindow(nullptr);
-    view->setNeedsDisplay();
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 0);
-}
-
-TEST_F(CrosshairViewDisplay, PresentsOnceForAllMarksOfATurn)
-{
-    view->setNeedsDisplay();
-    view->setNeedsDisplay();
-    EXPECT_EQ(shown().presentCount(), 0);
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 1);
-    view->setNeedsDisplay();
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 2);
-}
-
-TEST_F(CrosshairViewDisplay, WaitsForTheStripsOfACaptureThatIsUnderWay)
-{
-    tick({100, 200});
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 0);
-    finishCapture();
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 1);
-    ASSERT_EQ(shown().pictures().size(), 2U);
-    EXPECT_TRUE(shown().pictures()[0].hasImage);
-    EXPECT_EQ(shown().pictures()[0].rectangle, (Rect{0, 199.5, 1920, 1}));
-}
-
-TEST_F(CrosshairViewDisplay, PresentsOncePerTickWhileCapturesKeepUp)
-{
-    for (int i = 0; i < 10; ++i) {
-        tick({100.0 + i, 200});
-        fake.mainLoop.runUntilIdle();
-        finishCapture();
-        fake.mainLoop.runUntilIdle();
-    }
-    EXPECT_EQ(shown().presentCount(), 10);
-    EXPECT_EQ(shown().pictures()[1].rectangle, (Rect{108.5, 0, 1, 1080}));
-}
-
-TEST_F(CrosshairViewDisplay, ShowsDarkLinesFirstWhenTheFirstCaptureIsLateByATick)
-{
-    tick({100, 200});
-    fake.mainLoop.runUntilIdle();
-    tick({110, 200});
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 1);
-    EXPECT_FALSE(shown().pictures()[0].hasImage);
-    EXPECT_EQ(shown().pictures()[1].rectangle, (Rect{109.5, 0, 1, 1080}));
-    finishCapture();
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 2);
-    EXPECT_TRUE(shown().pictures()[0].hasImage);
-}
-
-TEST_F(CrosshairViewDisplay, MovesTheFormerStripsWhenACaptureTakesLongerThanATick)
-{
-    tick({100, 200});
-    finishCapture();
-    fake.mainLoop.runUntilIdle();
-    tick({110, 200});
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 1);
-    tick({120, 200});
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 2);
-    EXPECT_EQ(shown().pictures()[1].rectangle, (Rect{119.5, 0, 1, 1080}));
-}
-
-TEST_F(CrosshairViewDisplay, WaitsAgainForTheCaptureAfterASlowOne)
-{
-    tick({100, 200});
-    tick({110, 200});
-    finishCapture();
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 2);
-    tick({120, 200});
-    fake.mainLoop.runUntilIdle();
-    EXPECT_EQ(shown().presentCount(), 2);
-}
-
-// Each capture ends just before the next tick, so there is one under way at every display.
-TEST_F(CrosshairViewDisplay, IsNotPutOffForEverByCapturesThatEndJustBeforeATick)
-{
-    tick({100, 200});
-    for (int i = 1; i <= 10; ++i) {
-        finishCapture();
-        fake.mainLoop.runTurn();
-        tick({100.0 + i, 200});
-        fake.mainLoop.runTurn();
-        EXPECT_EQ(shown().presentCount(), i);
-    }
-}
-
-TEST_F(CrosshairViewDisplay, ShowsTheDarkLinesAfterACaptureThatWasRefused)
-{
-    fake.screenCapture.setColour(std::nullopt);
-    tick({100, 200});
-    finishCapture();
-    fake.mainLoop.runUntilIdle();
-    ASSERT_EQ(shown().pictures().size(), 2U);
-    EXPECT_FALSE(shown().pictures()[0].hasImage);
-    EXPECT_EQ(shown().pictures()[0].colour, 0xD9000000);
 }
 
 }  // namespace
