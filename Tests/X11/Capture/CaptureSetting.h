@@ -3,13 +3,21 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <array>
+#include <atomic>
+#include <fstream>
+#include <functional>
 #include <memory>
 #include <set>
+#include <sstream>
+#include <thread>
 #include <utility>
 
 #include "Platform/X11/Capture/X11ScreenCapture.h"
 #include "Support/PrivateServer.h"
+#include "Support/WaitUntil.h"
 #include "X11/Capture/Desktop.h"
 
 namespace CaptureTests {
@@ -33,6 +41,27 @@ protected:
         std::array<Captured, 1> answers;
         m_capture->windowsBelow(number, resolution, {&rect, 1}, answers);
         return std::move(answers[0]);
+    }
+
+    // The changes happen when the capture has asked everything and the server has answered
+    // nothing: it serves this client alone until they are done.
+    Captured captureDuring(const std::function<Captured()>& capture, const std::function<void()>& changes)
+    {
+        m_desktop.sync();
+        xcb_grab_server(m_desktop.connection());
+        m_desktop.sync();
+        std::atomic<pid_t> thread = 0;
+        Captured captured;
+        std::thread capturing([&] {
+            thread = gettid();
+            captured = capture();
+        });
+        EXPECT_TRUE(TestSupport::waitUntil([&] { return thread != 0 && waits(thread); }));
+        changes();
+        xcb_ungrab_server(m_desktop.connection());
+        m_desktop.sync();
+        capturing.join();
+        return captured;
     }
 
     static Colours coloursOf(const Image& image) { return {image.pixels().begin(), image.pixels().end()}; }
@@ -66,6 +95,21 @@ protected:
     Platform::X11::OverlayStack m_stack;
     std::vector<Platform::X11::OverlayEntry> m_entries;
     std::unique_ptr<Platform::X11::X11ScreenCapture> m_capture = Platform::X11::X11ScreenCapture::open(m_server.displayName(), m_layout, m_stack);
+
+private:
+    // Sleeps, and goes on sleeping.
+    static bool waits(pid_t thread)
+    {
+        for (int i = 0; i < 10; ++i) {
+            std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+            std::stringstream text;
+            text << file.rdbuf();
+            if (text.str().find(") S ") == std::string::npos)
+                return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return true;
+    }
 };
 
 }  // namespace CaptureTests

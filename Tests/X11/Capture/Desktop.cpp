@@ -5,6 +5,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "Platform/X11/WireRect.h"
+
 namespace CaptureTests {
 namespace {
 
@@ -78,6 +80,16 @@ void Desktop::setPatternBackground(xcb_window_t window, const Image& tile, bool 
 }
 
 // As wallpaper setters do: the background and the property by which compositors find it.
+void Desktop::fill(xcb_window_t window, const DeviceRect& area, std::uint32_t colour)
+{
+    auto& c = *m_connection;
+    const auto graphics = c.newId();
+    xcb_create_gc(c, graphics, window, XCB_GC_FOREGROUND, &colour);
+    const auto rectangle = Platform::X11::toWire(area);
+    xcb_poly_fill_rectangle(c, window, graphics, 1, &rectangle);
+    xcb_free_gc(c, graphics);
+}
+
 void Desktop::setRootTile(const Image& tile)
 {
     auto& c = *m_connection;

@@ -39,6 +39,8 @@ public:
     xcb_window_t makeMappedWindow(const Style&);
     xcb_window_t makeInputOnlyWindow(const DeviceRect&);
     void setPatternBackground(xcb_window_t, const Image& tile, bool isArgb);
+    // `area` in the window's coordinates.
+    void fill(xcb_window_t, const DeviceRect& area, std::uint32_t colour);
     void setRootTile(const Image& tile);
     void setOpacity(xcb_window_t, std::uint32_t opacity);
     void setShape(xcb_window_t, std::span<const DeviceRect> inner);

@@ -11,18 +11,6 @@ using namespace Platform::X11;
 
 class KeptContents : public CaptureSetting {
 protected:
-    void paint(xcb_window_t window, const DeviceRect& inWindow, std::uint32_t colour)
-    {
-        auto& c = m_desktop.connection();
-        const auto gc = c.newId();
-        const std::uint32_t values[] = {colour};
-        xcb_create_gc(c, gc, window, XCB_GC_FOREGROUND, values);
-        const xcb_rectangle_t area{static_cast<std::int16_t>(inWindow.x), static_cast<std::int16_t>(inWindow.y),
-            static_cast<std::uint16_t>(inWindow.width), static_cast<std::uint16_t>(inWindow.height)};
-        xcb_poly_fill_rectangle(c, window, gc, 1, &area);
-        xcb_free_gc(c, gc);
-    }
-
     // The server paints no background into it either.
     xcb_window_t makeWindowPaintedOnce(const Desktop::Style& style)
     {
@@ -30,7 +18,7 @@ protected:
         const std::uint32_t none = XCB_BACK_PIXMAP_NONE;
         xcb_change_window_attributes(m_desktop.connection(), window, XCB_CW_BACK_PIXMAP, &none);
         for (int i = 0; i < style.inner.height; i += 3)
-            paint(window, {i, i, 50, 2}, 0x203040 + 0x010203U * static_cast<unsigned>(i));
+            m_desktop.fill(window, {i, i, 50, 2}, 0x203040 + 0x010203U * static_cast<unsigned>(i));
         return window;
     }
 
@@ -169,7 +157,7 @@ TEST_F(KeptContents, AreNotPutBackWhereACompositorKeepsThem)
 {
     const DeviceRect frame{0, 0, 320, 200};
     const auto window = m_desktop.makeMappedWindow({.inner = frame, .colour = 0x0000ff});
-    paint(window, frame, 0xffffff);
+    m_desktop.fill(window, frame, 0xffffff);
     activateBeforeContents();
     showCross();
     auto& c = m_desktop.connection();
@@ -191,7 +179,7 @@ TEST_F(KeptContents, ArePutBackNowhereElse)
     m_desktop.setShape(overlay, {&middle, 1});
     const auto covered = coveredBy(overlay, place);
     m_desktop.map(overlay);
-    paint(window, {20, 20, 10, 10}, 0xffffff);
+    m_desktop.fill(window, {20, 20, 10, 10}, 0xffffff);
     m_desktop.sync();
     m_capture->keepContents({&covered, 1});
     capture({0, 0, 1, 1});  // the server has done all of it then
@@ -218,7 +206,7 @@ TEST_F(KeptContents, OfBeforeAreLeftAsTheyAre)
     const auto window = makeWindowPaintedOnce({.inner = {0, 0, 320, 200}, .colour = 0x0000ff});
     m_capture->activate();
     showCross();
-    paint(window, {0, 0, 320, 200}, 0xffffff);
+    m_desktop.fill(window, {0, 0, 320, 200}, 0xffffff);
     m_desktop.sync();
     m_capture->keepContents(m_covered);
     EXPECT_EQ(coloursOf(capture({0, 0, 320, 200})), (Colours{0xffffffff}));

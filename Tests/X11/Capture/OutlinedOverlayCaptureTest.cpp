@@ -1,7 +1,6 @@
 // An outlined overlay covers what is captured for it, and more than that.
 #include <sstream>
 
-#include "Platform/X11/WireRect.h"
 #include "Support/WaitUntil.h"
 #include "X11/Capture/CaptureSetting.h"
 
@@ -90,15 +89,6 @@ protected:
         }));
     }
 
-    void fill(xcb_window_t window, const xcb_rectangle_t& area, std::uint32_t colour)
-    {
-        auto& c = m_desktop.connection();
-        const auto graphics = c.newId();
-        xcb_create_gc(c, graphics, window, XCB_GC_FOREGROUND, &colour);
-        xcb_poly_fill_rectangle(c, window, graphics, 1, &area);
-        xcb_free_gc(c, graphics);
-    }
-
     // At once: the next capture shows that part of the screen in one colour.
     bool shows(int x, int y, const DeviceRect& part, std::uint32_t colour)
     {
@@ -174,7 +164,7 @@ TEST_F(OutlinedOverlayCapture, SeesAWindowThatIsPaintedPartByPart)
     for (int i = 1; i <= 12; ++i) {
         const auto colour = static_cast<std::uint32_t>(i);
         const DeviceRect part = {105 + i % 4, 56, 4, 4};
-        fill(m_foreign, Platform::X11::toWire({part.x - 60, part.y - 20, part.width, part.height}), colour);
+        m_desktop.fill(m_foreign, {part.x - 60, part.y - 20, part.width, part.height}, colour);
         EXPECT_TRUE(shows(110, 60, part, colour)) << i;
     }
 }
@@ -190,7 +180,7 @@ TEST_F(OutlinedOverlayCapture, SeesAChildOfAWindowChange)
     xcb_map_window(c, child);
     EXPECT_TRUE(shows(110, 60, {105, 55, 10, 10}, red));
     settleAt(110, 60);
-    fill(child, {0, 0, 30, 30}, 0x123456);
+    m_desktop.fill(child, {0, 0, 30, 30}, 0x123456);
     EXPECT_TRUE(shows(110, 60, {105, 55, 10, 10}, 0x123456));
 }
 
@@ -242,11 +232,27 @@ TEST_F(OutlinedOverlayCapture, SeesAnotherOverlayComeAndGoBeneathIt)
     EXPECT_EQ(captureAt(190, 60).pixel(toMiddle, toMiddle), m_before.pixel(190, 60));
 }
 
+// Of what it covers nothing is read: the news alone tell it.
+TEST_F(OutlinedOverlayCapture, SeesWhatChangesWhileItReadsSomethingElse)
+{
+    settleAt(110, 60);
+    m_entries.back().upcoming.x += 4;
+    m_stack.set(m_entries);
+    const auto captureOnTheWay = [this] {
+        const Rect rect = {110 - toMiddle, 60 - toMiddle, sampleSide, sampleSide};
+        std::array<Captured, 1> answers;
+        m_capture->windowsBelow(1, CaptureResolution::nominal, {&rect, 1}, answers);
+        return std::move(answers[0]);
+    };
+    const auto captured = captureDuring(captureOnTheWay, [this] { m_desktop.fill(m_foreign, {0, 0, 100, 80}, 0x0000ff); });
+    EXPECT_EQ(coloursOf(captured), (Colours{0xff0000ff}));
+}
+
 // What changed while it was not below the overlay is seen when it is.
 TEST_F(OutlinedOverlayCapture, SeesWhatChangedBesideItWhenItMovesThere)
 {
     settleAt(80, 60);
-    fill(m_foreign, {0, 0, 100, 80}, 0x0000ff);
+    m_desktop.fill(m_foreign, {0, 0, 100, 80}, 0x0000ff);
     EXPECT_TRUE(TestSupport::waitUntil([this] { return m_desktop.screenPicture({150, 60, 1, 1}).pixel(0, 0) == 0xff0000ff; }));
     for (int x = 80; x < 140; x += 4)
         captureAt(x, 60);

@@ -1,40 +1,18 @@
-#include "Platform/X11/Capture/Painter.h"
-
-#include <gtest/gtest.h>
-#include <xcb/composite.h>
-
-#include "Platform/X11/Capture/ImageReader.h"
-#include "Support/PrivateServer.h"
-#include "X11/Capture/Desktop.h"
+#include "X11/Capture/PainterFixture.h"
 
 namespace CaptureTests {
 namespace {
 
 using namespace Platform::X11;
 
-class Painter : public testing::Test {
+class Painter : public PainterFixture {
 protected:
-    Painter() { xcb_composite_redirect_subwindows(m_c, m_c.root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC); }
-
-    // The whole window, whose corner is that of the area.
-    PaintStep stepFor(xcb_window_t window, const DeviceRect& area = {0, 0, 10, 10}) const
-    {
-        PaintStep step;
-        step.window = window;
-        step.contents = 1;
-        step.visual = m_c.screen().root_visual;
-        step.depth = m_c.screen().root_depth;
-        step.area = area;
-        return step;
-    }
     static PaintStep withAlpha(PaintStep step, std::uint8_t alpha)
     {
         step.alpha = alpha;
         step.isBlended = alpha != 0xff;
         return step;
     }
-
-    xcb_window_t window(std::uint32_t colour) { return m_desktop.makeMappedWindow({.inner = {0, 0, 10, 10}, .colour = colour}); }
 
     // Of the first pixel, once errors have come in.
     std::uint32_t paint(const std::vector<PaintStep>& steps)
@@ -58,12 +36,6 @@ protected:
         }
     }
 
-    TestSupport::PrivateServer m_server{"320x200x24"};
-    Desktop m_desktop{m_server.displayName()};
-    std::unique_ptr<CaptureServer> m_captureServer = CaptureServer::open(m_server.displayName());
-    Connection& m_c = m_captureServer->connection();
-    Platform::X11::Painter m_painter{*m_captureServer};
-    ImageReader m_images{*m_captureServer};
     RootLook m_root{m_desktop.screen(), 1, false, XCB_NONE};
     int m_eventCount = 0;
 };

@@ -1,10 +1,6 @@
 #include "Platform/X11/Capture/StraightReading.h"
 
-#include <gtest/gtest.h>
-#include <xcb/composite.h>
-
-#include "Support/PrivateServer.h"
-#include "X11/Capture/Desktop.h"
+#include "X11/Capture/PainterFixture.h"
 
 namespace CaptureTests {
 namespace {
@@ -12,21 +8,8 @@ namespace {
 using namespace Platform::X11;
 using Pixels = std::vector<std::uint32_t>;
 
-class StraightReading : public testing::Test {
+class StraightReading : public PainterFixture {
 protected:
-    StraightReading() { xcb_composite_redirect_subwindows(m_c, m_c.root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC); }
-
-    PaintStep stepFor(xcb_window_t window, const DeviceRect& area, DevicePoint source = {}) const
-    {
-        PaintStep step;
-        step.window = window;
-        step.contents = 1;
-        step.visual = m_c.screen().root_visual;
-        step.depth = m_c.screen().root_depth;
-        step.area = area;
-        step.source = source;
-        return step;
-    }
     static PaintStep onScreen(const DeviceRect& area)
     {
         PaintStep step;
@@ -34,8 +17,6 @@ protected:
         step.area = area;
         return step;
     }
-
-    xcb_window_t window(const DeviceRect& frame, std::uint32_t colour) { return m_desktop.makeMappedWindow({.inner = frame, .colour = colour}); }
 
     // Nothing where the steps have to be painted.
     Pixels read(const std::vector<PaintStep>& steps, const DeviceRect& area)
@@ -55,20 +36,13 @@ protected:
     static constexpr std::uint32_t red = 0xff0000;
     static constexpr std::uint32_t green = 0x00ff00;
     static constexpr std::uint32_t blue = 0x0000ff;
-
-    TestSupport::PrivateServer m_server{"320x200x24"};
-    Desktop m_desktop{m_server.displayName()};
-    std::unique_ptr<CaptureServer> m_captureServer = CaptureServer::open(m_server.displayName());
-    Connection& m_c = m_captureServer->connection();
-    Platform::X11::Painter m_painter{*m_captureServer};
-    ImageReader m_images{*m_captureServer};
 };
 
 TEST_F(StraightReading, PutsARowTogether)
 {
-    window({0, 0, 320, 200}, green);
-    const auto hidden = window({20, 0, 20, 20}, blue);
-    window({22, 10, 1, 1}, red);
+    window(green, {0, 0, 320, 200});
+    const auto hidden = window(blue, {20, 0, 20, 20});
+    window(red, {22, 10, 1, 1});
     EXPECT_EQ(read({onScreen({20, 10, 2, 1}), onScreen({23, 10, 1, 1}), stepFor(hidden, {22, 10, 1, 1}, {2, 10})}, {20, 10, 4, 1}),
         (Pixels{blue, blue, blue, blue}));
     EXPECT_EQ(
@@ -77,8 +51,8 @@ TEST_F(StraightReading, PutsARowTogether)
 
 TEST_F(StraightReading, PutsAColumnTogether)
 {
-    const auto upper = window({0, 0, 10, 10}, red);
-    const auto lower = window({0, 10, 10, 10}, blue);
+    const auto upper = window(red, {0, 0, 10, 10});
+    const auto lower = window(blue, {0, 10, 10, 10});
     EXPECT_EQ(read({stepFor(lower, {5, 10, 1, 2}, {5, 0}), stepFor(upper, {5, 8, 1, 2}, {5, 8})}, {5, 8, 1, 4}), (Pixels{red, red, blue, blue}));
     // Rows of several pixels too.
     EXPECT_EQ(read({stepFor(lower, {5, 10, 2, 1}, {5, 0}), stepFor(upper, {5, 9, 2, 1}, {5, 9})}, {5, 9, 2, 2}), (Pixels{red, red, blue, blue}));
@@ -89,15 +63,15 @@ TEST_F(StraightReading, ReadsAPartOfAWindow)
     Image pattern(4, 2);
     for (std::uint32_t i = 0; i < 8; ++i)
         pattern.pixels()[i] = i;
-    const auto id = window({100, 50, 4, 2}, red);
+    const auto id = window(red, {100, 50, 4, 2});
     m_desktop.setPatternBackground(id, pattern, false);
     EXPECT_EQ(read({stepFor(id, {101, 50, 2, 2}, {1, 0})}, {101, 50, 2, 2}), (Pixels{1, 2, 5, 6}));
 }
 
 TEST_F(StraightReading, ReadsSeveralPicturesAtOnce)
 {
-    const auto left = stepFor(window({0, 0, 10, 10}, red), {0, 0, 3, 1});
-    const auto right = stepFor(window({10, 0, 10, 10}, blue), {10, 0, 2, 2});
+    const auto left = stepFor(window(red, {0, 0, 10, 10}), {0, 0, 3, 1});
+    const auto right = stepFor(window(blue, {10, 0, 10, 10}), {10, 0, 2, 2});
     m_desktop.sync();
     m_images.begin();
     const auto first = addStraight(*m_captureServer, m_painter, m_images, {&left, 1}, left.area);
@@ -111,7 +85,7 @@ TEST_F(StraightReading, ReadsSeveralPicturesAtOnce)
 
 TEST_F(StraightReading, LeavesToBePaintedWhatIsNotThereAsItIsWanted)
 {
-    const auto id = window({0, 0, 20, 20}, red);
+    const auto id = window(red, {0, 0, 20, 20});
     const auto step = stepFor(id, {0, 0, 4, 4});
     auto blended = step;
     blended.isBlended = true;

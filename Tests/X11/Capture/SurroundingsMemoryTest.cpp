@@ -171,6 +171,8 @@ TEST_F(SurroundingsMemory, KeepsNothingThatWasDroppedLeftOrForgotten)
     m_memory.follow(number, {6, 0, 8, 8});
     EXPECT_TRUE(m_memory.isKept({6, 0, 2, 8}));
     EXPECT_FALSE(m_memory.isKept({6, 0, 3, 8}));
+    // 12 is the width of its window: the first column's memory is this one's now.
+    EXPECT_FALSE(m_memory.isKept({12, 0, 1, 8}));
     m_memory.follow(number, {6, 0, 20, 8});
     EXPECT_FALSE(m_memory.isKept({6, 0, 2, 8}));
     m_memory.forget();

@@ -113,22 +113,20 @@ void CaptureSession::plan(std::uint32_t windowNumber)
     lookBelow(windowNumber, m_entries, m_reader.model(), m_below);
     for (auto& target : targets())
         plan(target.piece);
-    planUpcoming(windowNumber);
-    findKnown();
-}
-
-void CaptureSession::planUpcoming(std::uint32_t windowNumber)
-{
     m_upcomingCount = 0;
-    m_upcomingOverlay = nullptr;
     if (!readsScreen())
         return;
     const auto hasNumber = [&](const OverlayEntry& entry) { return entry.windowNumber == windowNumber; };
     const auto overlay = std::find_if(m_entries.begin(), m_entries.end(), hasNumber);
     if (overlay == m_entries.end() || !overlay->isOutlined)
         return;
-    m_upcomingOverlay = &*overlay;
-    m_truth.findUpcoming(*overlay, m_reader.model().root(), m_reader.model(), m_below, m_upcomingAreas);
+    planUpcoming(*overlay);
+    findKnown();
+}
+
+void CaptureSession::planUpcoming(const OverlayEntry& overlay)
+{
+    m_truth.findUpcoming(overlay, m_reader.model().root(), m_reader.model(), m_below, m_upcomingAreas);
     m_upcomingCount = m_upcomingAreas.size();
     if (m_upcoming.size() < m_upcomingCount)
         m_upcoming.resize(m_upcomingCount);
@@ -151,30 +149,16 @@ void CaptureSession::plan(Piece& piece)
 }
 
 // An overlay that covers what is captured for it sees the same again and again: of that
-// only what is new to it is read, as long as nothing beneath it changes. Another overlay
-// of ours beneath it changes all the time.
+// only what is new to it is read, as long as nothing beneath it changes.
 void CaptureSession::findKnown()
 {
-    m_isQuiet = false;
-    if (m_upcomingOverlay == nullptr)
+    if (!m_changes.isPossible())
         return;
-    if (!m_changes.isPossible() || hasOverlayBelow()) {
-        m_truth.forgetAnswers();
-        m_changes.doubt();
-        return;
-    }
     m_changes.follow(m_reader.model(), m_below);
-    m_isQuiet = m_truth.forgetChanged(m_changes);
+    m_truth.forgetAnswersFor(m_changes);
     m_changes.clear();
     for (auto& target : targets())
         target.piece.isKnown = !m_isLastAttempt && !target.piece.area.isEmpty() && m_truth.isKnown(target.piece.area, target.piece.covered);
-}
-
-bool CaptureSession::hasOverlayBelow() const
-{
-    return std::any_of(m_entries.data(), m_upcomingOverlay, [](const OverlayEntry& entry) {
-        return std::any_of(entry.pictures.begin(), entry.pictures.end(), [](const OverlayPicture& picture) { return !picture.frame.isEmpty(); });
-    });
 }
 
 bool CaptureSession::hasKnownChanged()
@@ -201,8 +185,7 @@ void CaptureSession::paint(Piece& piece)
         return;
     if (readsScreen() && !piece.covered.encloses(piece.area))
         piece.screen = m_images.add(m_server.connection().root(), piece.area);
-    const auto straight = m_isLastAttempt ? std::nullopt : addStraight(m_server, m_painter, m_images, piece.steps, piece.area);
-    if (straight) {
+    if (const auto straight = addStraight(m_server, m_painter, m_images, piece.steps, piece.area)) {
         piece.composed = *straight;
         return;
     }
@@ -272,6 +255,8 @@ void CaptureSession::answer(std::uint32_t windowNumber, std::span<Captured> answ
         answers[i].truth = target.piece.covered.isEmpty() ? CaptureTruth::exact : CaptureTruth::recovered;
         if (target.piece.area.isEmpty())
             target.grid.fill(*m_layout, {}, answers[i].image);
+        else if (target.piece.isKnown)
+            recall(target, answers[i].image);
         else if (readsScreen())
             answerFromScreen(windowNumber, target, answers[i]);
         else
@@ -296,16 +281,10 @@ void CaptureSession::recall(const Target& target, Image& image)
 void CaptureSession::answerFromScreen(std::uint32_t windowNumber, const Target& target, Captured& answer)
 {
     const auto& piece = target.piece;
-    if (piece.isKnown) {
-        recall(target, answer.image);
-        return;
-    }
     const auto screen = piece.screen ? m_images.pixels(*piece.screen) : std::span<const std::uint32_t>();
     const auto picture = m_truth.merge(windowNumber, piece.area, piece.covered, m_images.pixels(piece.composed), screen);
     target.grid.fill(*m_layout, picture, answer.image);
-    // What goes on changing would be kept for nothing.
-    if (m_isQuiet)
-        m_truth.keep(windowNumber, piece.area);
+    m_truth.keep(windowNumber, piece.area);
 }
 
 }  // namespace Platform::X11

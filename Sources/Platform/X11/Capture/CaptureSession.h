@@ -57,11 +57,10 @@ private:
     void takeEvent(const xcb_generic_event_t&);
     void takeQueuedEvents();
     void plan(std::uint32_t windowNumber);
-    void planUpcoming(std::uint32_t windowNumber);
+    void planUpcoming(const OverlayEntry&);
     void plan(Piece&);
     void findKnown();
     bool hasKnownChanged();
-    bool hasOverlayBelow() const;
     bool paintAndRead();
     void paint(Piece&);
     bool hasFailed();
@@ -95,11 +94,9 @@ private:
     std::vector<Piece> m_upcoming;  // what the overlay is about to cover
     std::size_t m_upcomingCount = 0;
     std::vector<DeviceRect> m_upcomingAreas;
-    const OverlayEntry* m_upcomingOverlay = nullptr;  // of m_entries; none for an overlay that is not outlined
     std::vector<PaintStep> m_stepsNow;
     std::vector<std::uint32_t> m_recalled;
     std::uint64_t m_knownGeneration = 0;
-    bool m_isQuiet = false;        // nothing has changed beneath the overlay since the capture before
     bool m_isLastAttempt = false;  // which takes what it can get
     bool m_hasNews = false;        // events changed what is known
 };

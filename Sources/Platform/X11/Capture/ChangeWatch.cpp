@@ -29,26 +29,14 @@ private:
     std::uint64_t m_value = 0xcbf29ce484222325;
 };
 
-bool counts(const ToplevelWindow& window, const BelowOverlay& below) { return window.hasPixels() && !below.leavesOut(window.id); }
-
-std::span<const ToplevelWindow> windowsBelow(const StackModel& model, const BelowOverlay& below) { return model.windows().first(below.top); }
-
-// All that a plan is made of.
-std::uint64_t lookOf(const StackModel& model, const BelowOverlay& below)
+// All that a plan makes of a window.
+void addLook(Digest& digest, const ToplevelWindow& window)
 {
-    Digest digest;
-    digest.add({model.rootBackground()});
-    digest.add(model.root());
-    for (const auto& window : windowsBelow(model, below)) {
-        if (!counts(window, below))
-            continue;
-        digest.add({window.id, window.contents, window.visual, window.depth, window.opacity, std::uint64_t{window.isShaped},
-            static_cast<std::uint32_t>(window.border), window.shape.size()});
-        digest.add(window.frame);
-        for (const auto& part : window.shape)
-            digest.add(part);
-    }
-    return digest.value();
+    digest.add({window.id, window.contents, window.visual, window.depth, window.opacity, std::uint64_t{window.isShaped},
+        static_cast<std::uint32_t>(window.border), window.shape.size()});
+    digest.add(window.frame);
+    for (const auto& part : window.shape)
+        digest.add(part);
 }
 
 }  // namespace
@@ -62,26 +50,20 @@ ChangeWatch::~ChangeWatch()
 
 void ChangeWatch::follow(const StackModel& model, const BelowOverlay& below)
 {
-    if (std::exchange(m_look, lookOf(model, below)) != m_look)
-        m_hasAllChanged = true;
-    watchWindows(model, below);
-}
-
-void ChangeWatch::watchWindows(const StackModel& model, const BelowOverlay& below)
-{
-    auto& connection = m_server.connection();
     for (auto& [window, watched] : m_watched)
         watched.isWanted = false;
-    for (const auto& window : windowsBelow(model, below)) {
-        if (counts(window, below))
-            watch(window);
+    Digest look;
+    look.add({model.rootBackground()});
+    look.add(model.root());
+    for (const auto& window : model.windows().first(below.top)) {
+        if (!window.hasPixels() || below.leavesOut(window.id))
+            continue;
+        addLook(look, window);
+        watch(window);
     }
-    // Of a window that is gone the server has forgotten it already, and says so.
-    std::erase_if(m_watched, [&](const auto& entry) {
-        if (!entry.second.isWanted)
-            xcb_damage_destroy(connection, entry.second.damage);
-        return !entry.second.isWanted;
-    });
+    unwatchOthers();
+    if (std::exchange(m_look, look.value()) != m_look)
+        m_hasAllChanged = true;
 }
 
 // Another window may have the number of one that went, and the news of a window whose
@@ -101,6 +83,16 @@ void ChangeWatch::watch(const ToplevelWindow& window)
     watched.damage = connection.newId();
     xcb_damage_create(connection, watched.damage, window.id, XCB_DAMAGE_REPORT_LEVEL_BOUNDING_BOX);
     change(window.frame);
+}
+
+// Of a window that is gone the server has forgotten it already, and says so.
+void ChangeWatch::unwatchOthers()
+{
+    std::erase_if(m_watched, [this](const auto& entry) {
+        if (!entry.second.isWanted)
+            xcb_damage_destroy(m_server.connection(), entry.second.damage);
+        return !entry.second.isWanted;
+    });
 }
 
 bool ChangeWatch::handle(const xcb_generic_event_t& event)

@@ -30,8 +30,6 @@ public:
     // this call is newer than all changes before it. While nobody calls it, a window that
     // is drawn in tells so once.
     void follow(const StackModel&, const BelowOverlay&);
-    // Something may have changed that was not followed.
-    void doubt() { m_hasAllChanged = true; }
     // True when the event was one of those it asked for.
     bool handle(const xcb_generic_event_t&);
 
@@ -50,8 +48,8 @@ private:
     };
 
     void change(const DeviceRect&);
-    void watchWindows(const StackModel&, const BelowOverlay&);
     void watch(const ToplevelWindow&);
+    void unwatchOthers();
 
     CaptureServer& m_server;
     std::unordered_map<xcb_window_t, Watched> m_watched;

@@ -37,8 +37,6 @@ void ScreenTruth::findUpcoming(
 {
     parts.clear();
     m_place = {};
-    if (!overlay.isOutlined)
-        return;
     const auto place = withShadow(overlay.upcoming);
     const auto area = intersection(place, root);
     if (area.isEmpty() || long{place.width} * place.height > mostPixels)
@@ -58,13 +56,14 @@ void ScreenTruth::learn(const DeviceRect& part, std::span<const std::uint32_t> c
     m_surroundings.learn(part, composed, screen);
 }
 
-bool ScreenTruth::forgetChanged(const ChangeWatch& changes)
+void ScreenTruth::forgetAnswersFor(const ChangeWatch& changes)
 {
-    if (changes.hasAllChanged())
+    if (changes.hasAllChanged()) {
         m_surroundings.dropAll();
+        return;
+    }
     for (const auto& part : changes.changed())
         m_surroundings.drop(part);
-    return !changes.touches(m_place);
 }
 
 bool ScreenTruth::isKnown(const DeviceRect& area, const Region& covered) const

@@ -25,14 +25,12 @@ public:
     // The parts of `area` that the screen does not show as the capture wants them.
     void findCovered(const DeviceRect& area, const StackModel&, const BelowOverlay&, Region& covered) const;
 
-    // The parts of the screen that the overlay is about to cover and that still show what
-    // lies beneath: none for one that is not outlined. They are to be learned.
+    // The parts of the screen that the overlay, which is outlined, is about to cover and that
+    // still show what lies beneath. They are to be learned.
     void findUpcoming(const OverlayEntry&, const DeviceRect& root, const StackModel&, const BelowOverlay&, std::vector<DeviceRect>& parts);
     void learn(const DeviceRect& part, std::span<const std::uint32_t> composed, std::span<const std::uint32_t> screen);
 
-    // Forgets the answers for what changed. True when nothing did that matters to the overlay.
-    bool forgetChanged(const ChangeWatch&);
-    void forgetAnswers() { m_surroundings.dropAll(); }
+    void forgetAnswersFor(const ChangeWatch&);
     // True when recall() will say what `area` shows, once the parts that findUpcoming() told
     // are learned.
     bool isKnown(const DeviceRect& area, const Region& covered) const;
@@ -51,7 +49,7 @@ private:
     SurroundingsMemory m_surroundings;
     Region m_covered;
     Region m_upcoming;
-    DeviceRect m_place;  // covered, or told as upcoming; empty when the overlay is not followed
+    DeviceRect m_place;  // covered, or told as upcoming; empty for an overlay off the screen or too large
     std::uint64_t m_compositorChanges = 0;
     std::optional<Time> m_distrustEnd;
     std::vector<std::uint32_t> m_composed;
