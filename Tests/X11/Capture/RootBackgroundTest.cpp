@@ -76,5 +76,17 @@ TEST_F(RootBackground, IsNotAskedForAgainWhereItIsKnown)
     EXPECT_EQ(coloursOf(capture({200, 30, 20, 20})), (Colours{0xff654321}));
 }
 
+// What moves over it by a few pixels at a time needs a window for it once in a while.
+TEST_F(RootBackground, IsAskedForSeldomByWhatMoves)
+{
+    int mapped = 0;
+    for (int x = 25; x < 57; x += 2) {
+        EXPECT_EQ(coloursOf(capture({static_cast<double>(x), 30, 263, 100})), (Colours{0xff123456})) << x;
+        for (const auto& event : takeEvents())
+            mapped += eventType(*event) == XCB_MAP_NOTIFY ? 1 : 0;
+    }
+    EXPECT_EQ(mapped, 1);
+}
+
 }  // namespace
 }  // namespace CaptureTests

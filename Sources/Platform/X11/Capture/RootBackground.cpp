@@ -13,12 +13,19 @@ namespace {
 // What moves needs a new band once in so many pixels.
 constexpr int bandWidth = 128;
 
-// Where there is no compositor, the long places are those of lines that stand still.
-constexpr int longSide = 2 * bandWidth;
+// Of a crosshair: two pixels at the screens' usual scales, and long.
+bool isLine(const DeviceRect& area)
+{
+    constexpr int thickest = 8;
+    constexpr int shortest = 2 * bandWidth;
+    return std::min(area.width, area.height) <= thickest && std::max(area.width, area.height) > shortest;
+}
 
 DeviceRect bandAround(const DeviceRect& area, const RootLook& look)
 {
-    if (!look.hasCompositor && std::max(area.width, area.height) > longSide)
+    // Where there is no compositor, only those that stand still hide the root along all of
+    // their length.
+    if (!look.hasCompositor && isLine(area))
         return area;
     const int left = area.x / bandWidth * bandWidth;
     const int top = area.y / bandWidth * bandWidth;
