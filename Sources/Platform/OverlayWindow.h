@@ -20,6 +20,9 @@ struct Picture {
     const Image* image = nullptr;  // not owned, read during present() only; absent: a plain colour
     std::uint32_t colour = 0;      // 0xAARRGGBB, premultiplied, where there is no image. A window
                                    // system that cannot blend draws it opaque.
+    // Unless it is 0: images that one window presents with the same number are of the same
+    // size and have the same alpha everywhere. What was learned from that need not be again.
+    std::uint64_t alphaNumber = 0;
 };
 
 struct OverlayStyle {

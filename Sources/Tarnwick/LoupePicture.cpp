@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+#include <utility>
 
 #include "Tarnwick/PremultipliedPixel.h"
 
@@ -84,6 +85,7 @@ bool LoupePicture::lay(double diameter, double scale)
     std::fill(m_image.pixels().begin(), m_image.pixels().end(), 0U);
     m_sampleWidth = 0;
     m_sampleHeight = 0;
+    ++m_alphaNumber;
     paintOrnaments();
     cutCircle();
     layCentreLines();
@@ -181,25 +183,23 @@ void LoupePicture::laySample(const Platform::Image& sample, const Platform::Rect
     layIndices(m_sampleColumns, size, {start, length, part.x, part.width, width});
     layIndices(m_sampleRows, size, {start, length, part.y, part.height, height});
     m_showsSampleOnly = std::find(m_sampleColumns.begin(), m_sampleColumns.end(), width) == m_sampleColumns.end();
-    layPlainColumns();
+    layRuns();
     m_blended.resize(width + 1);
     m_blended[width] = backdropColour;
 }
 
-// The longest run of columns that show successive ones of the sample.
-void LoupePicture::layPlainColumns()
+void LoupePicture::layRuns()
 {
-    m_plainFrom = 0;
-    m_plainTo = 0;
-    for (std::size_t from = 0, to = 1; to <= m_sampleColumns.size(); ++to) {
-        if (to < m_sampleColumns.size() && m_sampleColumns[to] == m_sampleColumns[to - 1] + 1)
-            continue;
-        if (to - from > m_plainTo - m_plainFrom) {
-            m_plainFrom = from;
-            m_plainTo = to;
-        }
-        from = to;
+    constexpr std::size_t shortRun = 16;  // columns: they are put faster one by one
+    m_runs.clear();
+    const auto& columns = m_sampleColumns;
+    for (std::size_t from = 0, to = 1; from < columns.size(); from = to++) {
+        while (to < columns.size() && columns[to] == columns[to - 1] + 1)
+            ++to;
+        m_runs.push_back({from, to - from});
     }
+    if (m_runs.size() * shortRun > columns.size())
+        m_runs.clear();
 }
 
 const Platform::Image& LoupePicture::compose(const Platform::Image* sample, const Platform::Rect& part)
@@ -212,6 +212,7 @@ const Platform::Image& LoupePicture::compose(const Platform::Image* sample, cons
     if (sample != nullptr)
         laySample(*sample, part);
 
+    const bool wasOpaque = std::exchange(m_isSampleOpaque, sample != nullptr);
     const RimPixel* rim = m_rim.data();
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         const auto y = m_firstRow + i;
@@ -223,6 +224,8 @@ const Platform::Image& LoupePicture::compose(const Platform::Image* sample, cons
             crossRow();
         rim = putRow(m_rows[i], isCrossed ? m_crossing : m_row, y, rim);
     }
+    if (!wasOpaque || !m_isSampleOpaque)
+        ++m_alphaNumber;
     return m_image;
 }
 
@@ -230,21 +233,25 @@ void LoupePicture::magnifyRow(const Platform::Image* sample, std::size_t y)
 {
     if (sample == nullptr || m_sampleRows[y] == m_sampleHeight) {
         std::fill(m_row.begin(), m_row.end(), backdropColour);
+        m_isSampleOpaque = false;
     } else {
         const auto from = sample->pixels().subspan(m_sampleRows[y] * m_sampleWidth, m_sampleWidth);
         const bool hidesTheBackdrop = m_showsSampleOnly && areOpaque(from);
+        m_isSampleOpaque = m_isSampleOpaque && hidesTheBackdrop;
         if (!hidesTheBackdrop)
             std::transform(from.begin(), from.end(), m_blended.begin(), [](std::uint32_t pixel) { return over(pixel, backdropColour); });
-        const auto* const shown = hidesTheBackdrop ? from.data() : m_blended.data();
-        for (std::size_t x = 0; x < m_plainFrom; ++x)
-            m_row[x] = shown[m_sampleColumns[x]];
-        if (m_plainFrom < m_plainTo)
-            std::copy_n(shown + m_sampleColumns[m_plainFrom], m_plainTo - m_plainFrom, m_row.data() + m_plainFrom);
-        for (std::size_t x = m_plainTo; x < m_row.size(); ++x)
-            m_row[x] = shown[m_sampleColumns[x]];
+        stretchRow(hidesTheBackdrop ? from.data() : m_blended.data());
     }
     for (std::size_t x = m_lineFrom; x < m_lineTo; ++x)
         m_row[x] = differenceWithWhite(m_row[x]);
+}
+
+void LoupePicture::stretchRow(const std::uint32_t* shown)
+{
+    for (const auto& run : m_runs)
+        std::copy_n(shown + m_sampleColumns[run.from], run.count, m_row.data() + run.from);
+    if (m_runs.empty())
+        std::transform(m_sampleColumns.begin(), m_sampleColumns.end(), m_row.begin(), [shown](std::size_t column) { return shown[column]; });
 }
 
 // Both lines are one stroke: where they cross, the difference is taken once.

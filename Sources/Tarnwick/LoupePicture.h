@@ -33,6 +33,8 @@ public:
     // image stays as it is until the next call.
     const Platform::Image& compose(const Platform::Image* sample, const Platform::Rect& part = wholeSquare);
     const Platform::Image& image() const { return m_image; }
+    // Another one whenever the image's alpha may be another; never 0.
+    std::uint64_t alphaNumber() const { return m_alphaNumber; }
 
     static constexpr Platform::Rect wholeSquare{0, 0, 1, 1};
 
@@ -45,6 +47,10 @@ private:
         std::size_t innerTo = 0;
         std::size_t to = 0;
     };
+    struct Run {
+        std::size_t from = 0;
+        std::size_t count = 0;
+    };
     // A pixel of the circle's rim: this over so much of the sample.
     struct RimPixel {
         std::uint32_t above = 0;
@@ -56,8 +62,9 @@ private:
     Row cutRow(std::size_t y, const Platform::Image& clip);
     void layCentreLines();
     void laySample(const Platform::Image& sample, const Platform::Rect& part);
-    void layPlainColumns();
+    void layRuns();
     void magnifyRow(const Platform::Image* sample, std::size_t y);
+    void stretchRow(const std::uint32_t* shown);
     void crossRow();
     const RimPixel* putRow(const Row&, const std::vector<std::uint32_t>& pixels, std::size_t y, const RimPixel*);
 
@@ -66,6 +73,8 @@ private:
     double m_screenScale = 0;
     double m_scale = 1;
     Platform::Image m_image;
+    std::uint64_t m_alphaNumber = 1;
+    bool m_isSampleOpaque = false;  // all that is drawn of it
 
     std::size_t m_firstRow = 0;
     std::vector<Row> m_rows;
@@ -80,10 +89,8 @@ private:
     std::size_t m_sampleHeight = 0;
     Platform::Rect m_samplePart;
     bool m_showsSampleOnly = false;  // no column is past the sample's last
-    // The columns from the one to the other show successive ones of the sample, as most do
-    // at zoom 1.
-    std::size_t m_plainFrom = 0;
-    std::size_t m_plainTo = 0;
+    // Columns that show successive ones of the sample; none where such runs are short.
+    std::vector<Run> m_runs;
     std::vector<std::uint32_t> m_blended;   // a row of the sample over the backdrop
     std::vector<std::uint32_t> m_row;       // the same, stretched, with the vertical line
     std::vector<std::uint32_t> m_crossing;  // the same within the horizontal line

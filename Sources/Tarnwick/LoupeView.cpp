@@ -67,7 +67,8 @@ std::optional<Platform::Picture> LoupeView::draw()
     // As large as the image, from the top: so no device pixel is stretched, wherever the
     // window's edges fall between two of them.
     const auto size = m_picture.size();
-    return Platform::Picture{.rectangle = {0, bounds.height - size.height, size.width, size.height}, .image = &m_picture.image()};
+    return Platform::Picture{
+        .rectangle = {0, bounds.height - size.height, size.width, size.height}, .image = &m_picture.image(), .alphaNumber = m_picture.alphaNumber()};
 }
 
 const Platform::Image* LoupeView::sampledImage() const

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "AllocationCounter.h"
 #include "Support/FakeShapePainter.h"
@@ -291,6 +292,41 @@ TEST_F(LoupePicturePixels, LeaveTheFooterAsItWasPainted)
     }
     EXPECT_EQ(before.pixel(0, 234), 0U);
     EXPECT_EQ(before.pixel(40, 234), 0x9E000000U);
+}
+
+TEST_F(LoupePicturePixels, HaveTheSameAlphaWhereTheirNumberIsTheSame)
+{
+    const auto opaque = numbered(55, 55);
+    const auto dark = imageOf(1, {0xFF000000});
+    auto cornered = opaque;
+    cornered.pixels()[54] = 0;
+    auto holed = opaque;
+    holed.pixels()[20 * 55 + 20] = 0;
+    std::vector<std::uint8_t> alphas;
+    std::uint64_t number = 0;
+    int sameNumbers = 0;
+    const auto compose = [&](const Image* sample, const Platform::Rect& part = LoupePicture::wholeSquare) {
+        std::vector<std::uint8_t> alphasNow;
+        for (const auto pixel : picture.compose(sample, part).pixels())
+            alphasNow.push_back(static_cast<std::uint8_t>(pixel >> 24));
+        EXPECT_NE(picture.alphaNumber(), 0U);
+        if (std::exchange(number, picture.alphaNumber()) == picture.alphaNumber()) {
+            ++sameNumbers;
+            EXPECT_EQ(alphasNow, alphas);
+        }
+        alphas = std::move(alphasNow);
+    };
+    for (const double diameter : {120, 220, 120}) {
+        picture.lay(diameter, 1);
+        for (const auto* sample : std::initializer_list<const Image*>{&opaque, &dark, &opaque, &holed, &opaque, &cornered, &holed, &opaque, &dark})
+            compose(sample);
+        compose(nullptr);
+        compose(&opaque, {0.25, 0, 0.5, 0.5});
+        compose(nullptr);
+        compose(&opaque);
+    }
+    // From one that is all opaque to the next one.
+    EXPECT_EQ(sameNumbers, 3 * 3);
 }
 
 TEST_F(LoupePicturePixels, AllocateNothingOnceTheyWereComposed)

@@ -74,23 +74,25 @@ protected:
     {
         auto overlay = overlays->makeOverlayWindow({.frame = frameAt(left, top), .hasShadow = true}, delegate);
         overlay->makeKeyAndOrderFront();
-        present(*overlay, picture);
+        present(*overlay, picture, discAlpha);
         return overlay;
     }
 
     // Of a frame whose top-left corner is that device pixel.
     static Rect frameAt(int left, int top) { return {double(left), 600.0 - top - side - footer, side, side + footer}; }
 
-    static void present(OverlayWindow& overlay, const Image& image)
+    static constexpr std::uint64_t discAlpha = 1;
+
+    static void present(OverlayWindow& overlay, const Image& image, std::uint64_t alphaNumber = 0)
     {
-        const Picture shown{.rectangle = {0, 0, side, side + footer}, .image = &image};
+        const Picture shown{.rectangle = {0, 0, side, side + footer}, .image = &image, .alphaNumber = alphaNumber};
         overlay.present({&shown, 1});
     }
 
     void moveTo(OverlayWindow& overlay, int left, int top)
     {
         overlay.setFrame(frameAt(left, top));
-        present(overlay, picture);
+        present(overlay, picture, discAlpha);
     }
 
     // How many pixels are not what they must be with the disc at that corner, each of which
@@ -172,6 +174,25 @@ TEST_F(OutlinedOverlay, IsShapedAnewOnlyWhenTheOutlineChanges)
     cut.pixels()[60 * side + 60] = 0;
     present(*overlay, cut);
     EXPECT_EQ(shapes(), 1);
+    present(*overlay, picture, discAlpha);
+    EXPECT_EQ(shapes(), 1);
+    present(*overlay, disc(blue), discAlpha);
+    EXPECT_EQ(shapes(), 0);
+    present(*overlay, cut, discAlpha + 1);
+    EXPECT_EQ(shapes(), 1);
+}
+
+TEST_F(OutlinedOverlay, IsOpaqueInTheColoursOfEachPictureOfTheSameAlpha)
+{
+    const auto overlay = makeDisc(200, 100);
+    auto greenish = picture;
+    for (auto& pixel : greenish.pixels())
+        pixel = pixel == core ? 0xff00ff00 : pixel == tinted ? 0x80008000 : pixel;
+    present(*overlay, greenish, discAlpha);
+    const auto screen = screenshot();
+    EXPECT_EQ(screen.pixel(260, 160), 0xff00ff00U);
+    EXPECT_EQ(screen.pixel(260, 100 + side + 10), 0xff00ff00U);
+    EXPECT_EQ(screen.pixel(200, 160), ground);
 }
 
 TEST_F(OutlinedOverlay, PresentsWithoutAnAllocationAndWithoutWaitingForTheServer)
@@ -240,6 +261,16 @@ TEST_F(OutlinedOverlay, ShowsThePartOfAHugeOneThatLiesOnTheScreen)
         EXPECT_EQ(screen.pixel(299, 0), core) << size;
         EXPECT_EQ(screen.pixel(300, 0), blue) << size;
         EXPECT_EQ(screen.pixel(799, 599), blue) << size;
+    }
+    // As much of it lies on the screen, but another part.
+    halves.pixels()[1] = 0;
+    for (const auto& [left, size] : {std::pair{-3600.0, 8000.0}, {-3000.0, 8000.0}, {-3000.0, 6800.0}}) {
+        overlay->setFrame({left, -3000, size, size});
+        const Picture shown{.rectangle = {0, 0, size, size}, .image = &halves, .alphaNumber = discAlpha + 1};
+        overlay->present({&shown, 1});
+        const auto screen = screenshot();
+        EXPECT_EQ(screen.pixel(399, 300), core) << left;
+        EXPECT_EQ(screen.pixel(400, 300), left + size / 2 > 400 ? core : ground) << left << " " << size;
     }
     overlay->setFrame({-5e17, -5e17, 1e18, 1e18});
     present(*overlay, picture);

@@ -7,9 +7,14 @@ namespace {
 
 constexpr std::uint32_t faintest = 0x20000000;
 constexpr std::uint32_t opaque = 0xff000000;
+constexpr std::size_t blockSize = 32;
 
 std::uint32_t inItsOwnColour(std::uint32_t pixel)
 {
+    // As of a ring and a capsule.
+    const bool isBlack = (pixel & ~opaque) == 0;
+    if (isBlack)
+        return opaque;
     const std::uint32_t alpha = pixel >> 24;
     const auto channel = [&](unsigned shift) {
         const auto value = (((pixel >> shift) & 0xff) * 0xff + alpha / 2) / alpha;
@@ -19,7 +24,7 @@ std::uint32_t inItsOwnColour(std::uint32_t pixel)
 }
 
 // As nearly all are: inside the outline, and outside.
-template <std::size_t count> bool areOpaqueOrEmpty(std::span<const std::uint32_t, count> pixels)
+bool areOpaqueOrEmpty(std::span<const std::uint32_t> pixels)
 {
     std::uint32_t common = opaque;
     std::uint32_t any = 0;
@@ -47,7 +52,17 @@ bool PictureOutline::take(std::span<const std::uint32_t> pixels, int width)
     isNew = isNew || difference != 0;
     if (isNew)
         makeRectangles();
+    findTranslucent(pixels);
     return isNew;
+}
+
+void PictureOutline::findTranslucent(std::span<const std::uint32_t> pixels)
+{
+    m_translucent.clear();
+    for (std::size_t start = 0; start < pixels.size(); start += blockSize) {
+        if (!areOpaqueOrEmpty(pixels.subspan(start, std::min(blockSize, pixels.size() - start))))
+            m_translucent.push_back(start);
+    }
 }
 
 void PictureOutline::makeRectangles()
@@ -82,20 +97,14 @@ void PictureOutline::addRow(std::size_t row, std::size_t& bandStart)
     m_rectangles.resize(rowStart);
 }
 
-void makeOpaque(std::span<std::uint32_t> pixels)
+void PictureOutline::makeOpaque(std::span<std::uint32_t> pixels) const
 {
-    constexpr std::size_t block = 32;
-    const auto makePartOpaque = [](std::span<std::uint32_t> part) {
-        for (auto& pixel : part) {
+    for (const auto start : m_translucent) {
+        for (auto& pixel : pixels.subspan(start, std::min(blockSize, pixels.size() - start))) {
             if (pixel < opaque)
                 pixel = pixel < faintest ? 0 : inItsOwnColour(pixel);
         }
-    };
-    for (; pixels.size() >= block; pixels = pixels.subspan(block)) {
-        if (!areOpaqueOrEmpty<block>(pixels.first<block>()))
-            makePartOpaque(pixels.first(block));
     }
-    makePartOpaque(pixels);
 }
 
 }  // namespace Platform::X11

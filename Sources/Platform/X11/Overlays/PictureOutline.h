@@ -17,20 +17,23 @@ public:
     // pixels is a multiple of `width`.
     bool take(std::span<const std::uint32_t> pixels, int width);
 
+    // For a screen that cannot blend: makes the drawn pixels opaque, in the colour that they
+    // have themselves (the premultiplied one would be too dark), and the others 0. The pixels
+    // have the alpha of those taken last.
+    void makeOpaque(std::span<std::uint32_t> pixels) const;
+
     // From the top, in bands of rows, from left to right, as SHAPE's YXBanded wants them.
     std::span<const xcb_rectangle_t> rectangles() const { return m_rectangles; }
 
 private:
+    void findTranslucent(std::span<const std::uint32_t> pixels);
     void makeRectangles();
     void addRow(std::size_t row, std::size_t& bandStart);
 
     std::size_t m_width = 0;
     std::vector<std::uint8_t> m_isDrawn;
+    std::vector<std::size_t> m_translucent;  // where blocks begin that are neither opaque nor empty
     std::vector<xcb_rectangle_t> m_rectangles;
 };
-
-// Makes the drawn pixels opaque, in the colour that they have themselves, and the others 0.
-// For a screen that cannot blend: the premultiplied colour would be too dark.
-void makeOpaque(std::span<std::uint32_t> pixels);
 
 }  // namespace Platform::X11

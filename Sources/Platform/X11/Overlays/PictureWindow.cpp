@@ -82,7 +82,7 @@ void PictureWindow::show(const Picture& picture, const DeviceRect& whole, const 
     const bool hasImage = picture.image != nullptr && !picture.image->isEmpty();
     // Its outline comes first: at no moment does the window cover more than its picture.
     if (hasImage)
-        takeImage(*picture.image, whole);
+        takeImage(picture, whole);
     map(isShown);
     if (hasImage)
         putImage();
@@ -148,8 +148,9 @@ void PictureWindow::paintColour(std::uint32_t colour)
     xcb_poly_fill_rectangle(m_connection, m_window, m_graphics, 1, &all);
 }
 
-void PictureWindow::takeImage(const Image& image, const DeviceRect& whole)
+void PictureWindow::takeImage(const Picture& picture, const DeviceRect& whole)
 {
+    const auto& image = *picture.image;
     const auto pixels = m_buffer.take(static_cast<std::size_t>(m_frame.width) * static_cast<std::size_t>(m_frame.height));
     const bool isWholeLines = image.width() == whole.width && image.height() == whole.height && m_frame.width == whole.width;
     if (isWholeLines)
@@ -157,7 +158,7 @@ void PictureWindow::takeImage(const Image& image, const DeviceRect& whole)
     else
         stretch(image, whole, pixels);
     if (m_format.isOutlined)
-        follow(pixels);
+        follow(picture, whole, pixels);
     m_colour.reset();
 }
 
@@ -181,16 +182,26 @@ void PictureWindow::stretch(const Image& image, const DeviceRect& whole, std::sp
     }
 }
 
-void PictureWindow::follow(std::span<std::uint32_t> pixels)
+void PictureWindow::follow(const Picture& picture, const DeviceRect& whole, std::span<std::uint32_t> pixels)
 {
-    if (m_outline.take(pixels, m_frame.width) && m_connection.has(xcb_shape_id)) {
-        const auto rectangles = m_outline.rectangles();
-        const auto kind = static_cast<xcb_shape_kind_t>(m_format.isBlended ? XCB_SHAPE_SK_INPUT : XCB_SHAPE_SK_BOUNDING);
-        xcb_shape_rectangles(m_connection, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_YX_BANDED, m_window, 0, 0,
-            static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
-    }
+    const Outlined now{
+        picture.alphaNumber, {0, 0, whole.width, whole.height}, {m_frame.x - whole.x, m_frame.y - whole.y, m_frame.width, m_frame.height}};
+    const bool isKnown = now.alphaNumber != 0 && now == m_outlined;
+    if (!isKnown && m_outline.take(pixels, m_frame.width))
+        shape();
+    m_outlined = now;
     if (!m_format.isBlended)
-        makeOpaque(pixels);
+        m_outline.makeOpaque(pixels);
+}
+
+void PictureWindow::shape()
+{
+    if (!m_connection.has(xcb_shape_id))
+        return;
+    const auto rectangles = m_outline.rectangles();
+    const auto kind = static_cast<xcb_shape_kind_t>(m_format.isBlended ? XCB_SHAPE_SK_INPUT : XCB_SHAPE_SK_BOUNDING);
+    xcb_shape_rectangles(m_connection, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_YX_BANDED, m_window, 0, 0,
+        static_cast<std::uint32_t>(rectangles.size()), rectangles.data());
 }
 
 }  // namespace Platform::X11

@@ -43,15 +43,25 @@ public:
     void setShown(bool isShown);
 
 private:
+    // What an outline was taken from.
+    struct Outlined {
+        std::uint64_t alphaNumber = 0;
+        DeviceRect whole;  // only its size
+        DeviceRect part;   // of it
+
+        friend bool operator==(const Outlined&, const Outlined&) = default;
+    };
+
     bool map(bool isShown);
     void setProperties();
     void place(const DeviceRect& frame);
     void paintColour(std::uint32_t colour);
-    void takeImage(const Image&, const DeviceRect& whole);
+    void takeImage(const Picture&, const DeviceRect& whole);
     void putImage();
     void stretch(const Image&, const DeviceRect& whole, std::span<std::uint32_t> pixels) const;
     void paintAgain();
-    void follow(std::span<std::uint32_t> pixels);
+    void follow(const Picture&, const DeviceRect& whole, std::span<std::uint32_t> pixels);
+    void shape();
 
     Connection& m_connection;
     const PictureFormat m_format;
@@ -62,6 +72,7 @@ private:
     PictureBuffer m_buffer;
     std::optional<std::uint32_t> m_colour;  // what was painted last, where it was no image
     PictureOutline m_outline;
+    Outlined m_outlined;
 };
 
 }  // namespace Platform::X11
