@@ -265,7 +265,7 @@ TEST_F(OutlinedOverlay, ShowsThePartOfAHugeOneThatLiesOnTheScreen)
     // As much of it lies on the screen, but another part.
     halves.pixels()[1] = 0;
     for (const auto& [left, size] : {std::pair{-3600.0, 8000.0}, {-3000.0, 8000.0}, {-3000.0, 6800.0}}) {
-        overlay->setFrame({left, -3000, size, size});
+        overlay->setFrame({left, 3600 - size, size, size});
         const Picture shown{.rectangle = {0, 0, size, size}, .image = &halves, .alphaNumber = discAlpha + 1};
         overlay->present({&shown, 1});
         const auto screen = screenshot();

@@ -184,12 +184,12 @@ void PictureWindow::stretch(const Image& image, const DeviceRect& whole, std::sp
 
 void PictureWindow::follow(const Picture& picture, const DeviceRect& whole, std::span<std::uint32_t> pixels)
 {
-    const Outlined now{
-        picture.alphaNumber, {0, 0, whole.width, whole.height}, {m_frame.x - whole.x, m_frame.y - whole.y, m_frame.width, m_frame.height}};
-    const bool isKnown = now.alphaNumber != 0 && now == m_outlined;
+    const OutlineSource source{
+        picture.alphaNumber, whole.width, whole.height, {m_frame.x - whole.x, m_frame.y - whole.y, m_frame.width, m_frame.height}};
+    const bool isKnown = source.alphaNumber != 0 && source == m_outlineSource;
     if (!isKnown && m_outline.take(pixels, m_frame.width))
         shape();
-    m_outlined = now;
+    m_outlineSource = source;
     if (!m_format.isBlended)
         m_outline.makeOpaque(pixels);
 }

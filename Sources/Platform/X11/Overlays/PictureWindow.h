@@ -43,13 +43,14 @@ public:
     void setShown(bool isShown);
 
 private:
-    // What an outline was taken from.
-    struct Outlined {
+    // A picture of that alpha, of that size on the screen, and the part of it that is shown.
+    struct OutlineSource {
         std::uint64_t alphaNumber = 0;
-        DeviceRect whole;  // only its size
-        DeviceRect part;   // of it
+        int width = 0;
+        int height = 0;
+        DeviceRect part;
 
-        friend bool operator==(const Outlined&, const Outlined&) = default;
+        friend bool operator==(const OutlineSource&, const OutlineSource&) = default;
     };
 
     bool map(bool isShown);
@@ -72,7 +73,7 @@ private:
     PictureBuffer m_buffer;
     std::optional<std::uint32_t> m_colour;  // what was painted last, where it was no image
     PictureOutline m_outline;
-    Outlined m_outlined;
+    OutlineSource m_outlineSource;
 };
 
 }  // namespace Platform::X11
