@@ -88,5 +88,18 @@ TEST_F(RootBackground, IsAskedForSeldomByWhatMoves)
     EXPECT_EQ(mapped, 1);
 }
 
+// A line is as long as the screen: a band for it would be many times what it hides.
+TEST_F(RootBackground, IsAskedForWhereALineHidesItOnly)
+{
+    EXPECT_EQ(coloursOf(capture({0, 150, 320, 1})), (Colours{0xff123456}));
+    for (const auto& event : takeEvents()) {
+        if (eventType(*event) == XCB_CREATE_NOTIFY) {
+            EXPECT_EQ(as<xcb_create_notify_event_t>(event).height, 1);
+        }
+    }
+    EXPECT_EQ(coloursOf(capture({0, 151, 320, 1})), (Colours{0xff123456}));
+    EXPECT_FALSE(takeEvents().empty());
+}
+
 }  // namespace
 }  // namespace CaptureTests
