@@ -224,6 +224,7 @@ const Platform::Image& LoupePicture::compose(const Platform::Image* sample, cons
             crossRow();
         rim = putRow(m_rows[i], isCrossed ? m_crossing : m_row, y, rim);
     }
+    // From one opaque sample to the next only colours change.
     if (!wasOpaque || !m_isSampleOpaque)
         ++m_alphaNumber;
     return m_image;

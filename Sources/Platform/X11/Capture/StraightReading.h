@@ -13,7 +13,7 @@ namespace Platform::X11 {
 
 // The number of the picture of `area` that was added to the reader; nothing where the
 // steps have to be painted. A server refuses what reaches beyond a window that has
-// meanwhile become smaller; painted, such a step would only lack that part.
+// meanwhile become smaller: then nothing is read.
 std::optional<std::size_t> addStraight(CaptureServer&, Painter&, ImageReader&, std::span<const PaintStep>, const DeviceRect& area);
 
 }  // namespace Platform::X11

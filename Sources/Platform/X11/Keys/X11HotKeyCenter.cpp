@@ -235,7 +235,7 @@ void X11HotKeyCenter::grabAgain(const ModifierMap& map)
         ungrab(hotKey);
     m_modifierMap = map;
     for (auto& [serial, hotKey] : m_hotKeys) {
-        // Every map knows the modifiers that one has granted.
+        // Modifiers that one map could translate every map can.
         hotKey.combination.modifiers = map.modifiersOfCarbon(hotKey.carbonModifiers).value();
         hotKey.isGrabbed = grab(hotKey.combination);
     }
