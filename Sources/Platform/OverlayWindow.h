@@ -13,16 +13,32 @@
 
 namespace Platform {
 
+// Writes the pixels of a picture itself, straight into the memory that they are shown from,
+// where an image would first be drawn and then copied.
+class PixelSource {
+public:
+    virtual ~PixelSource() = default;
+
+    // In pixels, above 0.
+    virtual int width() const = 0;
+    virtual int height() const = 0;
+
+    // Writes every pixel, as of an Image of that size.
+    virtual void draw(std::span<std::uint32_t> pixels) = 0;
+
+    // Of what was drawn last. Unless it is 0: of the same number, what one window shows has
+    // the same size and the same alpha everywhere, which need not be looked at again.
+    virtual std::uint64_t alphaNumber() const = 0;
+};
+
 // What an overlay may show: pictures at rectangles. A picture is stretched to its
 // rectangle without smoothing.
 struct Picture {
-    Rect rectangle;                // view space; edges are rounded to device pixels, halves up in y-down device space
-    const Image* image = nullptr;  // not owned, read during present() only; absent: a plain colour
-    std::uint32_t colour = 0;      // 0xAARRGGBB, premultiplied, where there is no image. A window
-                                   // system that cannot blend draws it opaque.
-    // Unless it is 0: images that one window presents with the same number are of the same
-    // size and have the same alpha everywhere. What was learned from that need not be again.
-    std::uint64_t alphaNumber = 0;
+    Rect rectangle;                 // view space; edges are rounded to device pixels, halves up in y-down device space
+    const Image* image = nullptr;   // not owned, read during present() only
+    PixelSource* source = nullptr;  // the same, in place of the image
+    std::uint32_t colour = 0;       // 0xAARRGGBB, premultiplied, where there is neither. A window
+                                    // system that cannot blend draws it opaque.
 };
 
 struct OverlayStyle {

@@ -74,29 +74,28 @@ void layIndices(std::vector<std::size_t>& indices, std::size_t size, const Side&
 
 }  // namespace
 
-bool LoupePicture::lay(double diameter, double scale)
+void LoupePicture::lay(double diameter, double scale)
 {
     if (diameter == m_diameter && scale == m_screenScale)
-        return false;
+        return;
     m_diameter = diameter;
     m_screenScale = scale;
     m_scale = std::min(scale, mostRows / (diameter + loupeFooterHeight));
-    m_image.resize(pixelsToCover(diameter * m_scale), pixelsToCover((diameter + loupeFooterHeight) * m_scale));
-    std::fill(m_image.pixels().begin(), m_image.pixels().end(), 0U);
+    m_ornaments.resize(pixelsToCover(diameter * m_scale), pixelsToCover((diameter + loupeFooterHeight) * m_scale));
+    std::fill(m_ornaments.pixels().begin(), m_ornaments.pixels().end(), 0U);
     m_sampleWidth = 0;
     m_sampleHeight = 0;
     ++m_alphaNumber;
     paintOrnaments();
     cutCircle();
     layCentreLines();
-    return true;
 }
 
-Platform::Size LoupePicture::size() const { return {m_image.width() / m_scale, m_image.height() / m_scale}; }
+Platform::Size LoupePicture::size() const { return {m_ornaments.width() / m_scale, m_ornaments.height() / m_scale}; }
 
 void LoupePicture::paintOrnaments()
 {
-    const Platform::Canvas canvas{m_image, m_scale};
+    const Platform::Canvas canvas{m_ornaments, m_scale};
     const double circleSide = m_diameter - 2 * circleInset;
     if (circleSide > 0)
         m_painter.strokeEllipse(canvas, {circleInset, circleInset, circleSide, circleSide}, ringWidth, ringColour);
@@ -111,11 +110,12 @@ void LoupePicture::paintOrnaments()
 void LoupePicture::cutCircle()
 {
     m_rows.clear();
+    m_firstRow = 0;
     m_rim.clear();
     const double circleSide = m_diameter - 2 * circleInset;
     if (circleSide <= 0)
         return;
-    Platform::Image clip(m_image.width(), std::min(m_image.width(), m_image.height()));
+    Platform::Image clip(m_ornaments.width(), std::min(m_ornaments.width(), m_ornaments.height()));
     std::fill(clip.pixels().begin(), clip.pixels().end(), 0U);
     m_painter.fillEllipse({clip, m_scale}, {circleInset, circleInset, circleSide, circleSide}, opaque);
     for (std::size_t y = 0; y < static_cast<std::size_t>(clip.height()); ++y) {
@@ -132,7 +132,7 @@ LoupePicture::Row LoupePicture::cutRow(std::size_t y, const Platform::Image& cli
 {
     const auto width = static_cast<std::size_t>(clip.width());
     const auto coverage = clip.pixels().subspan(y * width, width);
-    const auto ornaments = m_image.pixels().subspan(y * width, width);
+    const auto ornaments = m_ornaments.pixels().subspan(y * width, width);
     const auto shows = [&](std::size_t x) { return coverage[x] != 0; };
     const auto showsPlainly = [&](std::size_t x) { return alphaOf(coverage[x]) == 255 && ornaments[x] == 0; };
 
@@ -163,25 +163,25 @@ void LoupePicture::layCentreLines()
 {
     const double middle = m_diameter * 0.5 * m_scale;
     const double reach = lineWidth * 0.5 * m_scale;
-    const auto width = static_cast<std::size_t>(m_image.width());
+    const auto width = static_cast<std::size_t>(m_ornaments.width());
     m_lineFrom = std::min(nearestEdge(middle - reach), width - 1);
     m_lineTo = std::clamp(nearestEdge(middle + reach), m_lineFrom + 1, width);
 }
 
-void LoupePicture::laySample(const Platform::Image& sample, const Platform::Rect& part)
+void LoupePicture::laySample()
 {
-    const auto width = static_cast<std::size_t>(sample.width());
-    const auto height = static_cast<std::size_t>(sample.height());
-    if (width == m_sampleWidth && height == m_sampleHeight && part == m_samplePart)
+    const auto width = static_cast<std::size_t>(m_sample->width());
+    const auto height = static_cast<std::size_t>(m_sample->height());
+    if (width == m_sampleWidth && height == m_sampleHeight && m_part == m_samplePart)
         return;
     m_sampleWidth = width;
     m_sampleHeight = height;
-    m_samplePart = part;
-    const auto size = static_cast<std::size_t>(m_image.width());
+    m_samplePart = m_part;
+    const auto size = static_cast<std::size_t>(m_ornaments.width());
     const double start = circleInset * m_scale;
     const double length = (m_diameter - 2 * circleInset) * m_scale;
-    layIndices(m_sampleColumns, size, {start, length, part.x, part.width, width});
-    layIndices(m_sampleRows, size, {start, length, part.y, part.height, height});
+    layIndices(m_sampleColumns, size, {start, length, m_part.x, m_part.width, width});
+    layIndices(m_sampleRows, size, {start, length, m_part.y, m_part.height, height});
     m_showsSampleOnly = std::find(m_sampleColumns.begin(), m_sampleColumns.end(), width) == m_sampleColumns.end();
     layRuns();
     m_blended.resize(width + 1);
@@ -202,41 +202,56 @@ void LoupePicture::layRuns()
         m_runs.clear();
 }
 
-const Platform::Image& LoupePicture::compose(const Platform::Image* sample, const Platform::Rect& part)
+void LoupePicture::show(const Platform::Image* sample, const Platform::Rect& part)
 {
-    if (m_rows.empty())
-        return m_image;
-    const auto width = static_cast<std::size_t>(m_image.width());
+    m_sample = sample;
+    m_part = part;
+}
+
+void LoupePicture::draw(std::span<std::uint32_t> pixels)
+{
+    const std::span<const std::uint32_t> ornaments = m_ornaments.pixels();
+    const auto width = static_cast<std::size_t>(m_ornaments.width());
+    const auto circleStart = m_firstRow * width;
+    const auto circleEnd = circleStart + m_rows.size() * width;
+    std::copy_n(ornaments.data(), circleStart, pixels.data());
+    if (!m_rows.empty())
+        drawCircle(pixels.data());
+    std::copy(ornaments.begin() + static_cast<std::ptrdiff_t>(circleEnd), ornaments.end(), pixels.data() + circleEnd);
+}
+
+void LoupePicture::drawCircle(std::uint32_t* to)
+{
+    const auto width = static_cast<std::size_t>(m_ornaments.width());
     m_row.resize(width);
     m_crossing.resize(width);
-    if (sample != nullptr)
-        laySample(*sample, part);
+    if (m_sample != nullptr)
+        laySample();
 
-    const bool wasOpaque = std::exchange(m_isSampleOpaque, sample != nullptr);
+    const bool wasOpaque = std::exchange(m_isSampleOpaque, m_sample != nullptr);
     const RimPixel* rim = m_rim.data();
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         const auto y = m_firstRow + i;
-        const bool showsTheSameAsAbove = i > 0 && (sample == nullptr || m_sampleRows[y] == m_sampleRows[y - 1]);
+        const bool showsTheSameAsAbove = i > 0 && (m_sample == nullptr || m_sampleRows[y] == m_sampleRows[y - 1]);
         if (!showsTheSameAsAbove)
-            magnifyRow(sample, y);
+            magnifyRow(y);
         const bool isCrossed = y >= m_lineFrom && y < m_lineTo;
         if (isCrossed)
             crossRow();
-        rim = putRow(m_rows[i], isCrossed ? m_crossing : m_row, y, rim);
+        rim = putRow(m_rows[i], isCrossed ? m_crossing : m_row, y, rim, to + y * width);
     }
     // From one opaque sample to the next only colours change.
     if (!wasOpaque || !m_isSampleOpaque)
         ++m_alphaNumber;
-    return m_image;
 }
 
-void LoupePicture::magnifyRow(const Platform::Image* sample, std::size_t y)
+void LoupePicture::magnifyRow(std::size_t y)
 {
-    if (sample == nullptr || m_sampleRows[y] == m_sampleHeight) {
+    if (m_sample == nullptr || m_sampleRows[y] == m_sampleHeight) {
         std::fill(m_row.begin(), m_row.end(), backdropColour);
         m_isSampleOpaque = false;
     } else {
-        const auto from = sample->pixels().subspan(m_sampleRows[y] * m_sampleWidth, m_sampleWidth);
+        const auto from = m_sample->pixels().subspan(m_sampleRows[y] * m_sampleWidth, m_sampleWidth);
         const bool hidesTheBackdrop = m_showsSampleOnly && areOpaque(from);
         m_isSampleOpaque = m_isSampleOpaque && hidesTheBackdrop;
         if (!hidesTheBackdrop)
@@ -263,16 +278,20 @@ void LoupePicture::crossRow()
     std::copy(m_row.data() + m_lineFrom, m_row.data() + m_lineTo, m_crossing.data() + m_lineFrom);
 }
 
-const LoupePicture::RimPixel* LoupePicture::putRow(const Row& row, const std::vector<std::uint32_t>& pixels, std::size_t y, const RimPixel* rim)
+const LoupePicture::RimPixel* LoupePicture::putRow(
+    const Row& row, const std::vector<std::uint32_t>& shown, std::size_t y, const RimPixel* rim, std::uint32_t* to) const
 {
-    auto* const to = m_image.pixels().data() + y * static_cast<std::size_t>(m_image.width());
+    const auto width = static_cast<std::size_t>(m_ornaments.width());
+    const auto* const ornaments = m_ornaments.pixels().data() + y * width;
     const auto putRim = [&](std::size_t first, std::size_t last) {
         for (std::size_t x = first; x < last; ++x, ++rim)
-            to[x] = rim->above + scaled(pixels[x], rim->share);
+            to[x] = rim->above + scaled(shown[x], rim->share);
     };
+    std::copy_n(ornaments, row.from, to);
     putRim(row.from, row.innerFrom);
-    std::copy(pixels.data() + row.innerFrom, pixels.data() + row.innerTo, to + row.innerFrom);
+    std::copy(shown.data() + row.innerFrom, shown.data() + row.innerTo, to + row.innerFrom);
     putRim(row.innerTo, row.to);
+    std::copy(ornaments + row.to, ornaments + width, to + row.to);
     return rim;
 }
 

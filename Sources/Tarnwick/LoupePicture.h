@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Platform/Image.h"
+#include "Platform/OverlayWindow.h"
 #include "Platform/ShapePainter.h"
 
 namespace Tarnwick {
@@ -15,26 +16,28 @@ namespace Tarnwick {
 // Points, below the circle.
 inline constexpr double loupeFooterHeight = 28;
 
-class LoupePicture {
+class LoupePicture final : public Platform::PixelSource {
 public:
     explicit LoupePicture(Platform::ShapePainter& painter) : m_painter(painter) { }
 
     // For a circle of that diameter (points, above 0) on a screen of that scale. Where the
     // picture would have more than 2048 rows it is made coarser, so that no stored diameter
-    // takes the memory away; size() tells what it is to cover all the same. False where
-    // nothing changed.
-    bool lay(double diameter, double scale);
+    // takes the memory away; size() tells what it is to cover all the same.
+    void lay(double diameter, double scale);
 
-    // Points that the image covers: the view's size, rounded up to whole device pixels.
+    // Points that the picture covers: the view's size, rounded up to whole device pixels.
     Platform::Size size() const;
 
     // `part` is what the sample holds of the square that fills the circle, in fractions of
     // its side, y downward; around it, and without a sample (null), the backdrop shows. The
-    // image stays as it is until the next call.
-    const Platform::Image& compose(const Platform::Image* sample, const Platform::Rect& part = wholeSquare);
-    const Platform::Image& image() const { return m_image; }
-    // Another one whenever the image's alpha may be another; never 0.
-    std::uint64_t alphaNumber() const { return m_alphaNumber; }
+    // sample is not owned; it is read whenever the picture is drawn.
+    void show(const Platform::Image* sample, const Platform::Rect& part = wholeSquare);
+
+    int width() const override { return m_ornaments.width(); }
+    int height() const override { return m_ornaments.height(); }
+    void draw(std::span<std::uint32_t> pixels) override;
+    // Never 0.
+    std::uint64_t alphaNumber() const override { return m_alphaNumber; }
 
     static constexpr Platform::Rect wholeSquare{0, 0, 1, 1};
 
@@ -61,18 +64,21 @@ private:
     void cutCircle();
     Row cutRow(std::size_t y, const Platform::Image& clip);
     void layCentreLines();
-    void laySample(const Platform::Image& sample, const Platform::Rect& part);
+    void laySample();
     void layRuns();
-    void magnifyRow(const Platform::Image* sample, std::size_t y);
+    void drawCircle(std::uint32_t* to);
+    void magnifyRow(std::size_t y);
     void stretchRow(const std::uint32_t* shown);
     void crossRow();
-    const RimPixel* putRow(const Row&, const std::vector<std::uint32_t>& pixels, std::size_t y, const RimPixel*);
+    const RimPixel* putRow(const Row&, const std::vector<std::uint32_t>& shown, std::size_t y, const RimPixel*, std::uint32_t* to) const;
 
     Platform::ShapePainter& m_painter;
     double m_diameter = 0;
     double m_screenScale = 0;
     double m_scale = 1;
-    Platform::Image m_image;
+    Platform::Image m_ornaments;  // ring and footer, transparent elsewhere
+    const Platform::Image* m_sample = nullptr;
+    Platform::Rect m_part = wholeSquare;
     std::uint64_t m_alphaNumber = 1;
     bool m_isSampleOpaque = false;  // all that is drawn of it
 

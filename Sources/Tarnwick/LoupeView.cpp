@@ -34,16 +34,12 @@ void LoupeView::refresh(Platform::Point sampledCenter, double sampleSide, std::i
 
 void LoupeView::capture(std::uint32_t window, const Platform::Rect& square)
 {
-    std::swap(m_sample, m_formerSample);
     auto captured = square;
     if (square.width > largestSideCapturedWhole)
         captured = intersection(square, desktopBounds(m_screens.screens()));
-    const Platform::Rect part{(captured.x - square.x) / square.width, (captured.y - square.y) / square.height, captured.width / square.width,
+    m_samplePart = {(captured.x - square.x) / square.width, (captured.y - square.y) / square.height, captured.width / square.width,
         captured.height / square.height};
     m_screenCapture.windowsBelow(window, Platform::CaptureResolution::best, std::span(&captured, 1), std::span(&m_sample, 1));
-    const bool isTheSame = part == m_samplePart && m_sample.image == m_formerSample.image;
-    m_isComposed = m_isComposed && isTheSame;
-    m_samplePart = part;
 }
 
 void LoupeView::setNeedsDisplay()
@@ -61,14 +57,12 @@ std::optional<Platform::Picture> LoupeView::draw()
     const auto bounds = m_window != nullptr ? m_window->frame().size() : Platform::Size();
     if (!(bounds.width > 0 && bounds.height > 0))
         return std::nullopt;
-    if (m_picture.lay(bounds.width, scale()) || !m_isComposed)
-        m_picture.compose(sampledImage(), m_samplePart);
-    m_isComposed = true;
-    // As large as the image, from the top: so no device pixel is stretched, wherever the
+    m_picture.lay(bounds.width, scale());
+    m_picture.show(sampledImage(), m_samplePart);
+    // As large as its pixels, from the top: so no device pixel is stretched, wherever the
     // window's edges fall between two of them.
     const auto size = m_picture.size();
-    return Platform::Picture{
-        .rectangle = {0, bounds.height - size.height, size.width, size.height}, .image = &m_picture.image(), .alphaNumber = m_picture.alphaNumber()};
+    return Platform::Picture{.rectangle = {0, bounds.height - size.height, size.width, size.height}, .source = &m_picture};
 }
 
 const Platform::Image* LoupeView::sampledImage() const

@@ -32,8 +32,8 @@ public:
     // Presents the drawing in a later turn of the main loop, once for all calls until then.
     void setNeedsDisplay();
 
-    // The whole view, in view space; nothing where the bounds are empty. The image belongs
-    // to the view and stays as it is until the next call.
+    // The whole view, in view space; nothing where the bounds are empty. Its source belongs
+    // to the view and draws the last capture.
     std::optional<Platform::Picture> draw();
 
     // Null before the first capture and after a failed one.
@@ -52,8 +52,6 @@ private:
     LoupePicture m_picture;
     Platform::Captured m_sample;
     Platform::Rect m_samplePart = LoupePicture::wholeSquare;
-    Platform::Captured m_formerSample;
-    bool m_isComposed = false;  // the picture shows the sample
     bool m_displayPosted = false;
 };
 

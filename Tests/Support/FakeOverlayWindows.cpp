@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "Support/DrawnImage.h"
+
 namespace TestSupport {
 
 FakeOverlayWindow::FakeOverlayWindow(
@@ -34,9 +36,11 @@ void FakeOverlayWindow::present(std::span<const Platform::Picture> pictures)
         auto& shown = m_pictures[i];
         shown.rectangle = picture.rectangle;
         shown.colour = picture.colour;
-        shown.hasImage = picture.image != nullptr;
+        shown.hasImage = picture.image != nullptr || picture.source != nullptr;
         if (picture.image != nullptr)
             shown.image = *picture.image;
+        if (picture.source != nullptr)
+            draw(*picture.source, shown.image);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Support/DrawnImage.h"
 #include "Support/FakeShapePainter.h"
 #include "Tarnwick/LoupePicture.h"
 #include "Tarnwick/NumberedImage.h"
@@ -42,7 +43,8 @@ TEST_P(LoupePictureMagnification, ShowsEveryCapturedPixelWhereItBelongs)
     const int count = GetParam().side * scale;
     const auto sample = numbered(count, count);
     picture.lay(diameter, scale);
-    const auto& image = picture.compose(&sample);
+    picture.show(&sample);
+    const auto image = TestSupport::drawn(picture);
     const long circle = (diameter - 2L) * scale;
     const auto edge = [&](long index) { return static_cast<int>(scale + (2 * index * circle + count - 1) / (2L * count)); };
     const int lineFirst = (diameter * scale - scale + 1) / 2;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Support/DrawnImage.h"
 #include "Support/FakeSystem.h"
 
 namespace Tarnwick {
@@ -240,7 +241,7 @@ TEST_F(LoupeViewDrawing, UsesTheScaleOfTheScreenThatTheWindowsCentreLiesOn)
     fake.screens.set({{"MAIN", {0, 0, 1512, 982}, 1}, {"SIDE", {1512, 0, 1512, 982}, 2}});
     const auto widthAt = [this](double x) {
         window->setFrame({x, 400, 220, 248});
-        return view->draw()->image->width();
+        return view->draw()->source->width();
     };
     EXPECT_EQ(widthAt(1401), 220);
     EXPECT_EQ(widthAt(1403), 440);
@@ -254,8 +255,8 @@ TEST_F(LoupeViewDrawing, StretchesNoDevicePixelWhereTheWindowsEdgesFallBetweenTw
     fake.screens.set({{"MAIN", {0, 0, 1512, 982}, 1.25}});
     makeView({401, 301, 130, 158});
     const auto picture = view->draw();
-    EXPECT_EQ(picture->image->width(), 163);
-    EXPECT_EQ(picture->image->height(), 198);
+    EXPECT_EQ(picture->source->width(), 163);
+    EXPECT_EQ(picture->source->height(), 198);
     EXPECT_DOUBLE_EQ(picture->rectangle.width, 130.4);
     EXPECT_DOUBLE_EQ(picture->rectangle.height, 158.4);
     EXPECT_DOUBLE_EQ(picture->rectangle.y + picture->rectangle.height, 158);
@@ -268,7 +269,7 @@ TEST_F(LoupeViewDrawing, ShowsTheDevicePixelsOfADenseScreen)
     image.pixels()[2 * 6 + 1] = 0xFFFF0000;
     fake.screenCapture.setAnswer({499, 680, 3, 3}, image);
     view->refresh({500, 301}, 3, windowNumber);
-    const auto drawn = *view->draw()->image;
+    const auto drawn = TestSupport::drawn(*view->draw()->source);
     // 436 device pixels for 6: the red one is at 74.67 to 147.33, 147.33 to 220.
     EXPECT_EQ(drawn.pixel(75, 190), 0xFFFF0000U);
     EXPECT_EQ(drawn.pixel(146, 148), 0xFFFF0000U);
@@ -282,7 +283,7 @@ TEST_F(LoupeViewDrawing, ShowsAHugeSquareInItsPlace)
     fake.screens.set({{"MAIN", {0, 0, 1512, 982}, 1}});
     fake.screenCapture.setAnswer({0, 0, 1512, 982}, plain(1512, 982, 0xFF00AA00));
     view->refresh({756, 491}, 3025, windowNumber);
-    auto drawn = *view->draw()->image;
+    auto drawn = TestSupport::drawn(*view->draw()->source);
     // Half as wide as the circle's 218 points, a third as high.
     EXPECT_EQ(drawn.pixel(54, 100), backdrop);
     EXPECT_EQ(drawn.pixel(56, 100), 0xFF00AA00U);
@@ -292,7 +293,7 @@ TEST_F(LoupeViewDrawing, ShowsAHugeSquareInItsPlace)
     EXPECT_EQ(drawn.pixel(100, 76), 0xFF00AA00U);
 
     view->refresh({1056, 491}, 3025, windowNumber);
-    drawn = *view->draw()->image;
+    drawn = TestSupport::drawn(*view->draw()->source);
     EXPECT_EQ(drawn.pixel(54, 100), 0xFF00AA00U);
     EXPECT_EQ(drawn.pixel(141, 100), 0xFF00AA00U);
     EXPECT_EQ(drawn.pixel(144, 100), backdrop);

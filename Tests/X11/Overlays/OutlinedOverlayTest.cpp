@@ -64,6 +64,25 @@ Image plain(int width, int height, std::uint32_t colour)
     return image;
 }
 
+// Draws an image, of which that is the alpha's number.
+class ImageSource final : public PixelSource {
+public:
+    ImageSource(const Image& image, std::uint64_t alphaNumber) : m_image(image), m_alphaNumber(alphaNumber) { }
+
+    int width() const override { return m_image.width(); }
+    int height() const override { return m_image.height(); }
+    void draw(std::span<std::uint32_t> pixels) override
+    {
+        ASSERT_EQ(pixels.size(), m_image.pixels().size());
+        std::copy(m_image.pixels().begin(), m_image.pixels().end(), pixels.begin());
+    }
+    std::uint64_t alphaNumber() const override { return m_alphaNumber; }
+
+private:
+    const Image& m_image;
+    const std::uint64_t m_alphaNumber;
+};
+
 class OutlinedSetting : public OverlaysSetting {
 protected:
     using OverlaysSetting::OverlaysSetting;
@@ -83,9 +102,15 @@ protected:
 
     static constexpr std::uint64_t discAlpha = 1;
 
-    static void present(OverlayWindow& overlay, const Image& image, std::uint64_t alphaNumber = 0)
+    static void present(OverlayWindow& overlay, const Image& image)
     {
-        const Picture shown{.rectangle = {0, 0, side, side + footer}, .image = &image, .alphaNumber = alphaNumber};
+        const Picture shown{.rectangle = {0, 0, side, side + footer}, .image = &image};
+        overlay.present({&shown, 1});
+    }
+    static void present(OverlayWindow& overlay, const Image& image, std::uint64_t alphaNumber)
+    {
+        ImageSource source(image, alphaNumber);
+        const Picture shown{.rectangle = {0, 0, side, side + footer}, .source = &source};
         overlay.present({&shown, 1});
     }
 
@@ -266,7 +291,8 @@ TEST_F(OutlinedOverlay, ShowsThePartOfAHugeOneThatLiesOnTheScreen)
     halves.pixels()[1] = 0;
     for (const auto& [left, size] : {std::pair{-3600.0, 8000.0}, {-3000.0, 8000.0}, {-3000.0, 6800.0}}) {
         overlay->setFrame({left, 3600 - size, size, size});
-        const Picture shown{.rectangle = {0, 0, size, size}, .image = &halves, .alphaNumber = discAlpha + 1};
+        ImageSource source(halves, discAlpha + 1);
+        const Picture shown{.rectangle = {0, 0, size, size}, .source = &source};
         overlay->present({&shown, 1});
         const auto screen = screenshot();
         EXPECT_EQ(screen.pixel(399, 300), core) << left;

@@ -79,13 +79,13 @@ void PictureWindow::show(const Picture& picture, const DeviceRect& whole, const 
         return;
     }
     place(visible);
-    const bool hasImage = picture.image != nullptr && !picture.image->isEmpty();
+    const bool hasPixels = picture.source != nullptr || (picture.image != nullptr && !picture.image->isEmpty());
     // Its outline comes first: at no moment does the window cover more than its picture.
-    if (hasImage)
-        takeImage(picture, whole);
+    if (hasPixels)
+        takePixels(picture, whole);
     map(isShown);
-    if (hasImage)
-        putImage();
+    if (hasPixels)
+        putPixels();
     else
         paintColour(picture.colour);
 }
@@ -136,7 +136,7 @@ void PictureWindow::paintAgain()
     if (m_colour)
         paintColour(*m_colour);
     else
-        putImage();
+        putPixels();
 }
 
 void PictureWindow::paintColour(std::uint32_t colour)
@@ -148,21 +148,39 @@ void PictureWindow::paintColour(std::uint32_t colour)
     xcb_poly_fill_rectangle(m_connection, m_window, m_graphics, 1, &all);
 }
 
-void PictureWindow::takeImage(const Picture& picture, const DeviceRect& whole)
+void PictureWindow::takePixels(const Picture& picture, const DeviceRect& whole)
 {
-    const auto& image = *picture.image;
     const auto pixels = m_buffer.take(static_cast<std::size_t>(m_frame.width) * static_cast<std::size_t>(m_frame.height));
+    if (picture.source == nullptr)
+        copy(*picture.image, whole, pixels);
+    else
+        draw(*picture.source, whole, pixels);
+    if (m_format.isOutlined)
+        follow(picture.source != nullptr ? picture.source->alphaNumber() : 0, whole, pixels);
+    m_colour.reset();
+}
+
+void PictureWindow::draw(PixelSource& source, const DeviceRect& whole, std::span<std::uint32_t> pixels)
+{
+    if (m_frame == whole && source.width() == whole.width && source.height() == whole.height) {
+        source.draw(pixels);
+        return;
+    }
+    m_drawn.resize(source.width(), source.height());
+    source.draw(m_drawn.pixels());
+    copy(m_drawn, whole, pixels);
+}
+
+void PictureWindow::copy(const Image& image, const DeviceRect& whole, std::span<std::uint32_t> pixels) const
+{
     const bool isWholeLines = image.width() == whole.width && image.height() == whole.height && m_frame.width == whole.width;
     if (isWholeLines)
         std::memcpy(pixels.data(), image.pixels().data() + std::ptrdiff_t{m_frame.y - whole.y} * whole.width, pixels.size_bytes());
     else
         stretch(image, whole, pixels);
-    if (m_format.isOutlined)
-        follow(picture, whole, pixels);
-    m_colour.reset();
 }
 
-void PictureWindow::putImage() { m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width); }
+void PictureWindow::putPixels() { m_buffer.put(m_window, m_graphics, m_format.depth, m_frame.width); }
 
 // Without smoothing: device pixel i of n shows image pixel floor(i * side / n).
 void PictureWindow::stretch(const Image& image, const DeviceRect& whole, std::span<std::uint32_t> pixels) const
@@ -182,10 +200,9 @@ void PictureWindow::stretch(const Image& image, const DeviceRect& whole, std::sp
     }
 }
 
-void PictureWindow::follow(const Picture& picture, const DeviceRect& whole, std::span<std::uint32_t> pixels)
+void PictureWindow::follow(std::uint64_t alphaNumber, const DeviceRect& whole, std::span<std::uint32_t> pixels)
 {
-    const OutlineSource source{
-        picture.alphaNumber, whole.width, whole.height, {m_frame.x - whole.x, m_frame.y - whole.y, m_frame.width, m_frame.height}};
+    const OutlineSource source{alphaNumber, whole.width, whole.height, {m_frame.x - whole.x, m_frame.y - whole.y, m_frame.width, m_frame.height}};
     const bool isKnown = source.alphaNumber != 0 && source == m_outlineSource;
     if (!isKnown && m_outline.take(pixels, m_frame.width))
         shape();

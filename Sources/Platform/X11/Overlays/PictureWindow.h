@@ -57,11 +57,13 @@ private:
     void setProperties();
     void place(const DeviceRect& frame);
     void paintColour(std::uint32_t colour);
-    void takeImage(const Picture&, const DeviceRect& whole);
-    void putImage();
+    void takePixels(const Picture&, const DeviceRect& whole);
+    void putPixels();
+    void draw(PixelSource&, const DeviceRect& whole, std::span<std::uint32_t> pixels);
+    void copy(const Image&, const DeviceRect& whole, std::span<std::uint32_t> pixels) const;
     void stretch(const Image&, const DeviceRect& whole, std::span<std::uint32_t> pixels) const;
     void paintAgain();
-    void follow(const Picture&, const DeviceRect& whole, std::span<std::uint32_t> pixels);
+    void follow(std::uint64_t alphaNumber, const DeviceRect& whole, std::span<std::uint32_t> pixels);
     void shape();
 
     Connection& m_connection;
@@ -71,7 +73,8 @@ private:
     DeviceRect m_frame;
     bool m_isMapped = false;
     PictureBuffer m_buffer;
-    std::optional<std::uint32_t> m_colour;  // what was painted last, where it was no image
+    Image m_drawn;                          // what a source draws of which only a part is shown
+    std::optional<std::uint32_t> m_colour;  // what was painted last, where it was no pixels
     PictureOutline m_outline;
     OutlineSource m_outlineSource;
 };
