@@ -11,6 +11,7 @@
 #include "Support/PrivateServer.h"
 #include "Support/WaitUntil.h"
 #include "X11/Capture/RandomDesktop.h"
+#include "X11/Capture/TestedCanvasMemory.h"
 
 namespace CaptureTests {
 namespace {
@@ -136,7 +137,7 @@ protected:
     Desktop m_desktop{m_server.displayName()};
     SharedMonitorLayout m_layout;
     OverlayStack m_stack;
-    std::unique_ptr<X11ScreenCapture> m_capture = X11ScreenCapture::open(m_server.displayName(), m_layout, m_stack);
+    std::unique_ptr<X11ScreenCapture> m_capture = X11ScreenCapture::open(m_server.displayName(), m_layout, m_stack, testedCanvasMemory());
     std::unique_ptr<RandomDesktop> m_random;
     std::array<Captured, 3> m_answers;
     long m_pixels = 0;

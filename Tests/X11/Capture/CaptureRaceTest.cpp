@@ -12,6 +12,7 @@
 #include "Platform/X11/Capture/X11ScreenCapture.h"
 #include "Support/PrivateServer.h"
 #include "X11/Capture/Desktop.h"
+#include "X11/Capture/TestedCanvasMemory.h"
 
 namespace CaptureTests {
 namespace {
@@ -62,7 +63,7 @@ TEST(CaptureRace, SurvivesAStormOfWindows)
     Desktop desktop(server.displayName());
     const auto floor = desktop.makeMappedWindow({.inner = {0, 0, 320, 200}, .colour = 0x00ff00});
     desktop.sync();
-    const auto capture = X11ScreenCapture::open(server.displayName(), layout, stack);
+    const auto capture = X11ScreenCapture::open(server.displayName(), layout, stack, testedCanvasMemory());
     capture->activate();
 
     std::atomic<bool> ends = false;

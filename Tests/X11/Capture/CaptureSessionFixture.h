@@ -8,6 +8,7 @@
 #include "Platform/X11/Capture/CaptureSession.h"
 #include "X11/Capture/CaptureSetting.h"
 #include "X11/Capture/ServerResources.h"
+#include "X11/Capture/TestedCanvasMemory.h"
 
 namespace CaptureTests {
 
@@ -47,7 +48,7 @@ protected:
         m_desktop.sync();
     }
 
-    std::unique_ptr<CaptureServer> m_captureServer = CaptureServer::open(m_server.displayName());
+    std::unique_ptr<CaptureServer> m_captureServer = CaptureServer::open(m_server.displayName(), testedCanvasMemory());
     std::unique_ptr<Platform::X11::CaptureSession> m_session;
 };
 

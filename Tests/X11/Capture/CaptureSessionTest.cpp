@@ -79,19 +79,25 @@ TEST_F(CaptureSession, GivesBackThePixmapsOfWindowsThatAreGone)
         m_desktop.destroy(overlay);
         return captured;
     };
-    captureBeneathAnOverlay();
-    captureSettled({0, 0, 320, 200});
-    const auto before = resources();
-    for (int i = 0; i < 10; ++i) {
+    // Held while the windows were there.
+    const auto captureWindowsThatGo = [&] {
         const auto destroyed = m_desktop.makeMappedWindow({.inner = {0, 0, 50, 50}, .colour = 0x00ff00});
         const auto unmapped = m_desktop.makeMappedWindow({.inner = {60, 0, 50, 50}, .colour = 0x80400000, .isArgb = true});
         const auto captured = captureBeneathAnOverlay();
         EXPECT_EQ(captured.image.pixel(10, 10), 0xff00ff00);
         EXPECT_EQ(captured.image.pixel(70, 10), 0xff400000);
-        EXPECT_GT(resources().at("PIXMAP"), before.at("PIXMAP"));
+        auto held = resources();
         m_desktop.destroy(destroyed);
         m_desktop.unmap(unmapped);
         captureSettled({0, 0, 320, 200});
+        return held;
+    };
+    captureWindowsThatGo();
+    const auto before = resources();
+    for (int i = 0; i < 10; ++i) {
+        const auto held = captureWindowsThatGo();
+        EXPECT_GT(held.at("PIXMAP"), before.at("PIXMAP"));
+        EXPECT_GT(held.at("PICTURE"), before.at("PICTURE"));
         const auto after = resources();
         EXPECT_EQ(after.at("PIXMAP"), before.at("PIXMAP"));
         EXPECT_EQ(after.at("PICTURE"), before.at("PICTURE"));

@@ -19,6 +19,7 @@
 #include "Support/PrivateServer.h"
 #include "Support/WaitUntil.h"
 #include "X11/Capture/Desktop.h"
+#include "X11/Capture/TestedCanvasMemory.h"
 
 namespace CaptureTests {
 
@@ -94,7 +95,8 @@ protected:
     Platform::X11::SharedMonitorLayout m_layout;
     Platform::X11::OverlayStack m_stack;
     std::vector<Platform::X11::OverlayEntry> m_entries;
-    std::unique_ptr<Platform::X11::X11ScreenCapture> m_capture = Platform::X11::X11ScreenCapture::open(m_server.displayName(), m_layout, m_stack);
+    std::unique_ptr<Platform::X11::X11ScreenCapture> m_capture =
+        Platform::X11::X11ScreenCapture::open(m_server.displayName(), m_layout, m_stack, testedCanvasMemory());
 
 private:
     // Sleeps, and goes on sleeping.

@@ -18,12 +18,21 @@ protected:
     std::uint32_t paint(const std::vector<PaintStep>& steps)
     {
         m_desktop.sync();
-        m_painter.begin();
-        m_images.begin();
-        m_images.add(m_painter.paint(steps, steps[0].area, m_root), {0, 0, 1, 1});
+        const auto& area = steps[0].area;
+        m_images.begin(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height));
+        const auto picture = paint(steps, area);
         EXPECT_TRUE(m_images.read());
         takeEvents();
-        return m_images.pixels(0)[0] & 0xffffff;
+        return m_images.pixels(picture)[0] & 0xffffff;
+    }
+
+    // The number of the picture.
+    std::size_t paint(std::span<const PaintStep> steps, const DeviceRect& area)
+    {
+        std::size_t number = 0;
+        auto& canvas = m_images.addCanvas(area, number);
+        m_painter.paint(steps, area, m_root, canvas);
+        return number;
     }
 
     void takeEvents()
@@ -65,13 +74,12 @@ TEST_F(Painter, PaintsAreasOfOneSizeSideBySide)
     const auto blue = stepFor(window(0x0000ff));
     m_desktop.sync();
     for (int i = 0; i < 2; ++i) {
-        m_painter.begin();
-        m_images.begin();
-        m_images.add(m_painter.paint({&red, 1}, red.area, m_root), {0, 0, 10, 10});
-        m_images.add(m_painter.paint({&blue, 1}, blue.area, m_root), {0, 0, 10, 10});
+        m_images.begin(200);
+        const auto first = paint({&red, 1}, red.area);
+        const auto second = paint({&blue, 1}, blue.area);
         ASSERT_TRUE(m_images.read());
-        EXPECT_EQ(m_images.pixels(0)[99] & 0xffffff, 0xff0000U);
-        EXPECT_EQ(m_images.pixels(1)[0] & 0xffffff, 0x0000ffU);
+        EXPECT_EQ(m_images.pixels(first)[99] & 0xffffff, 0xff0000U);
+        EXPECT_EQ(m_images.pixels(second)[0] & 0xffffff, 0x0000ffU);
     }
 }
 
@@ -109,48 +117,6 @@ TEST_F(Painter, HearsNothingOfCopiesThatReachBeyondAWindow)
     const auto step = stepFor(window(0xff0000), {0, 0, 30, 30});
     EXPECT_EQ(paint({step}), 0xff0000U);
     EXPECT_EQ(m_eventCount, 0);
-}
-
-class ImageReaderTest : public testing::TestWithParam<bool> {
-protected:
-    TestSupport::PrivateServer m_server{"320x200x24", GetParam() ? std::vector<std::string>() : std::vector<std::string>{"-extension", "MIT-SHM"}};
-    Desktop m_desktop{m_server.displayName()};
-    std::unique_ptr<CaptureServer> m_captureServer = CaptureServer::open(m_server.displayName());
-    ImageReader m_images{*m_captureServer};
-};
-
-INSTANTIATE_TEST_SUITE_P(SharedMemory, ImageReaderTest, testing::Bool(), [](const auto& parameter) { return parameter.param ? "with" : "without"; });
-
-TEST_P(ImageReaderTest, ReadsMoreAndLessAtATime)
-{
-    m_desktop.makeMappedWindow({.inner = {0, 0, 320, 100}, .colour = 0x00ff00});
-    m_desktop.makeMappedWindow({.inner = {0, 100, 320, 100}, .colour = 0x0000ff});
-    m_desktop.sync();
-    const auto root = m_captureServer->connection().root();
-    for (const DeviceRect area : {DeviceRect{0, 0, 5, 5}, {0, 0, 320, 100}, {0, 0, 3, 3}, {10, 10, 310, 90}}) {
-        m_images.begin();
-        const auto upper = m_images.add(root, area);
-        const auto lower = m_images.add(root, {area.x, area.y + 100, area.width, area.height});
-        ASSERT_TRUE(m_images.read());
-        ASSERT_EQ(m_images.pixels(upper).size(), static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height));
-        for (const auto pixel : m_images.pixels(upper))
-            ASSERT_EQ(pixel & 0xffffff, 0x00ff00U);
-        for (const auto pixel : m_images.pixels(lower))
-            ASSERT_EQ(pixel & 0xffffff, 0x0000ffU);
-    }
-}
-
-TEST_P(ImageReaderTest, SaysWhenTheServerRefusesOneOfThem)
-{
-    const auto root = m_captureServer->connection().root();
-    for (const bool isFirst : {true, false}) {
-        m_images.begin();
-        m_images.add(root, isFirst ? DeviceRect{310, 0, 50, 10} : DeviceRect{0, 0, 50, 10});
-        m_images.add(root, isFirst ? DeviceRect{0, 0, 50, 10} : DeviceRect{310, 0, 50, 10});
-        EXPECT_FALSE(m_images.read());
-    }
-    m_images.begin();
-    EXPECT_TRUE(m_images.read());
 }
 
 }  // namespace

@@ -18,11 +18,13 @@ protected:
         return step;
     }
 
+    StraightReading() : PainterFixture(CanvasMemory::servers) { }
+
     // Nothing where the steps have to be painted.
     Pixels read(const std::vector<PaintStep>& steps, const DeviceRect& area)
     {
         m_desktop.sync();
-        m_images.begin();
+        m_images.begin(0);
         const auto picture = addStraight(*m_captureServer, m_painter, m_images, steps, area);
         EXPECT_TRUE(m_images.read());
         Pixels pixels;
@@ -73,7 +75,7 @@ TEST_F(StraightReading, ReadsSeveralPicturesAtOnce)
     const auto left = stepFor(window(red, {0, 0, 10, 10}), {0, 0, 3, 1});
     const auto right = stepFor(window(blue, {10, 0, 10, 10}), {10, 0, 2, 2});
     m_desktop.sync();
-    m_images.begin();
+    m_images.begin(0);
     const auto first = addStraight(*m_captureServer, m_painter, m_images, {&left, 1}, left.area);
     const auto second = addStraight(*m_captureServer, m_painter, m_images, {&right, 1}, right.area);
     ASSERT_TRUE(first && second && m_images.read());

@@ -10,15 +10,16 @@
 
 namespace Platform::X11 {
 
-std::unique_ptr<CaptureServer> CaptureServer::open(const std::string& displayName)
+std::unique_ptr<CaptureServer> CaptureServer::open(const std::string& displayName, CanvasMemory memory)
 {
     auto connection = Connection::open(displayName);
     if (!connection)
         return nullptr;
-    return std::unique_ptr<CaptureServer>(new CaptureServer(std::move(connection)));
+    return std::unique_ptr<CaptureServer>(new CaptureServer(std::move(connection), memory));
 }
 
-CaptureServer::CaptureServer(std::unique_ptr<Connection> connection) : m_connection(std::move(connection))
+CaptureServer::CaptureServer(std::unique_ptr<Connection> connection, CanvasMemory memory)
+    : m_connection(std::move(connection)), m_canvasMemory(memory)
 {
     for (auto* extension : {&xcb_composite_id, &xcb_render_id, &xcb_shape_id, &xcb_shm_id, &xcb_xfixes_id, &xcb_damage_id})
         xcb_prefetch_extension_data(*m_connection, extension);
@@ -38,6 +39,7 @@ void CaptureServer::negotiate()
     const auto compositeCookie = xcb_composite_query_version(c, 0, 4);
     const auto renderCookie = xcb_render_query_version(c, 0, 11);
     const auto formatsCookie = xcb_render_query_pict_formats(c);
+    const auto sharedMemoryCookie = m_hasSharedMemory ? xcb_shm_query_version(c) : xcb_shm_query_version_cookie_t();
     if (m_hasFixes)
         xcb_discard_reply(c, xcb_xfixes_query_version(c, 5, 0).sequence);
     if (m_hasDamage)
@@ -48,6 +50,9 @@ void CaptureServer::negotiate()
         return version && (version->major_version > 0 || version->minor_version >= minor);
     };
     readFormats(formatsCookie);
+    if (const auto shared = m_hasSharedMemory ? adopt(xcb_shm_query_version_reply(c, sharedMemoryCookie, nullptr)) : nullptr)
+        m_hasSharedPixmaps =
+            m_canvasMemory == CanvasMemory::shared && shared->shared_pixmaps != 0 && shared->pixmap_format == XCB_IMAGE_FORMAT_Z_PIXMAP;
     m_canCapture = isNewEnough(composite, namesPixmaps) && isNewEnough(render, fillsSolid) && formatOf(c.screen().root_visual) != 0;
 }
 

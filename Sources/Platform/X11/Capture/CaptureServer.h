@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/X11/Capture/CanvasMemory.h"
 #include "Platform/X11/Connection.h"
 #include "Platform/X11/WireRect.h"
 
@@ -16,7 +17,7 @@ namespace Platform::X11 {
 class CaptureServer {
 public:
     // Nothing when no server answers.
-    static std::unique_ptr<CaptureServer> open(const std::string& displayName);
+    static std::unique_ptr<CaptureServer> open(const std::string& displayName, CanvasMemory = CanvasMemory::shared);
 
     Connection& connection() { return *m_connection; }
 
@@ -25,6 +26,8 @@ public:
     bool canCapture() const { return m_canCapture; }
     bool hasShape() const { return m_hasShape; }
     bool hasSharedMemory() const { return m_hasSharedMemory; }
+    // Pixmaps in memory that we share with it.
+    bool hasSharedPixmaps() const { return m_hasSharedPixmaps; }
     bool hasFixes() const { return m_hasFixes; }
     bool hasDamage() const { return m_hasDamage; }
 
@@ -36,14 +39,16 @@ public:
     std::uint64_t roundTrips() const { return m_roundTrips; }
 
 private:
-    explicit CaptureServer(std::unique_ptr<Connection>);
+    CaptureServer(std::unique_ptr<Connection>, CanvasMemory);
     void negotiate();
     void readFormats(xcb_render_query_pict_formats_cookie_t);
 
     std::unique_ptr<Connection> m_connection;
+    const CanvasMemory m_canvasMemory;
     bool m_canCapture = false;
     bool m_hasShape = false;
     bool m_hasSharedMemory = false;
+    bool m_hasSharedPixmaps = false;
     bool m_hasFixes = false;
     bool m_hasDamage = false;
     std::vector<std::pair<xcb_visualid_t, xcb_render_pictformat_t>> m_formats;

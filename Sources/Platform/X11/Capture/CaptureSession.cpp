@@ -169,8 +169,7 @@ bool CaptureSession::hasKnownChanged()
 
 bool CaptureSession::paintAndRead()
 {
-    m_painter.begin();
-    m_images.begin();
+    m_images.begin(pixelsToRead());
     for (auto& target : targets())
         paint(target.piece);
     for (auto& piece : upcoming())
@@ -178,19 +177,35 @@ bool CaptureSession::paintAndRead()
     return m_images.read();
 }
 
+std::size_t CaptureSession::pixelsToRead()
+{
+    std::size_t pixels = 0;
+    const auto add = [&](const Piece& piece) {
+        if (mustBeRead(piece))
+            pixels += (readsScreen() ? 2 : 1) * static_cast<std::size_t>(piece.area.width) * static_cast<std::size_t>(piece.area.height);
+    };
+    for (const auto& target : targets())
+        add(target.piece);
+    for (const auto& piece : upcoming())
+        add(piece);
+    return pixels;
+}
+
 void CaptureSession::paint(Piece& piece)
 {
     piece.screen.reset();
-    if (piece.area.isEmpty() || piece.isKnown)
+    if (!mustBeRead(piece))
         return;
     if (readsScreen() && !piece.covered.encloses(piece.area))
         piece.screen = m_images.add(m_server.connection().root(), piece.area);
-    if (const auto straight = addStraight(m_server, m_painter, m_images, piece.steps, piece.area)) {
-        piece.composed = *straight;
-        return;
+    if (!m_images.sharesCanvases()) {
+        if (const auto straight = addStraight(m_server, m_painter, m_images, piece.steps, piece.area)) {
+            piece.composed = *straight;
+            return;
+        }
     }
-    const auto canvas = m_painter.paint(piece.steps, piece.area, m_reader.root());
-    piece.composed = m_images.add(canvas, {0, 0, piece.area.width, piece.area.height});
+    auto& canvas = m_images.addCanvas(piece.area, piece.composed);
+    m_painter.paint(piece.steps, piece.area, m_reader.root(), canvas);
 }
 
 template <typename Predicate> bool CaptureSession::isTrueOfAPiece(Predicate&& isTrue)

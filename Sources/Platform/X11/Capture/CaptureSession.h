@@ -62,6 +62,8 @@ private:
     void findKnown();
     bool hasKnownChanged();
     bool paintAndRead();
+    static bool mustBeRead(const Piece& piece) { return !piece.area.isEmpty() && !piece.isKnown; }
+    std::size_t pixelsToRead();
     void paint(Piece&);
     bool hasFailed();
     bool isStillValid(std::uint32_t windowNumber);

@@ -14,8 +14,18 @@ std::size_t sizeOf(const DeviceRect& area) { return static_cast<std::size_t>(are
 
 }  // namespace
 
-void ImageReader::begin()
+ImageReader::ImageReader(CaptureServer& server)
+    : m_server(server), m_graphics(server.connection().newScreenGraphics()), m_sharedCanvases(server), m_serverCanvases(server),
+      m_usesSharedMemory(server.hasSharedMemory())
 {
+}
+
+ImageReader::~ImageReader() { xcb_free_gc(m_server.connection(), m_graphics); }
+
+void ImageReader::begin(std::size_t pixels)
+{
+    m_sharesCanvases = m_sharedCanvases.begin(pixels);
+    m_serverCanvases.begin();
     m_pictures.clear();
     m_requests.clear();
     m_size = 0;
@@ -23,14 +33,35 @@ void ImageReader::begin()
 
 std::size_t ImageReader::add(xcb_drawable_t drawable, const DeviceRect& area)
 {
-    const auto number = addPicture(area);
-    addPart(drawable, area, 0);
+    if (!m_sharesCanvases) {
+        const auto number = addPicture(area);
+        addPart(drawable, area, 0);
+        return number;
+    }
+    std::size_t number = 0;
+    const auto& canvas = addCanvas(area, number);
+    const auto place = toWire(area);
+    xcb_copy_area(m_server.connection(), drawable, canvas.pixmap, m_graphics, place.x, place.y, 0, 0, place.width, place.height);
     return number;
+}
+
+Canvas& ImageReader::addCanvas(const DeviceRect& size, std::size_t& number)
+{
+    if (m_sharesCanvases) {
+        auto& canvas = m_sharedCanvases.add(size);
+        number = m_pictures.size();
+        m_pictures.push_back({0, sizeOf(size), m_sharedCanvases.pixels().data()});
+        return canvas;
+    }
+    auto& canvas = m_serverCanvases.add(size);
+    number = addPicture(size);
+    addPart(canvas.pixmap, {0, 0, size.width, size.height}, 0);
+    return canvas;
 }
 
 std::size_t ImageReader::addPicture(const DeviceRect& size)
 {
-    m_pictures.push_back({m_size, sizeOf(size)});
+    m_pictures.push_back({m_size, sizeOf(size), nullptr});
     m_size += sizeOf(size);
     return m_pictures.size() - 1;
 }
@@ -43,14 +74,21 @@ void ImageReader::addPart(xcb_drawable_t drawable, const DeviceRect& area, std::
 std::span<const std::uint32_t> ImageReader::pixels(std::size_t number) const
 {
     const auto& picture = m_pictures[number];
+    if (picture.onCanvas != nullptr)
+        return {picture.onCanvas, picture.size};
     const auto* all = m_usesSharedMemory ? m_shared->pixels().data() : m_copied.data();
     return {all + picture.offset, picture.size};
 }
 
 bool ImageReader::read()
 {
-    if (m_requests.empty())
+    if (m_pictures.empty())
         return true;
+    if (m_sharesCanvases) {
+        m_server.connection().waitForServer();
+        m_server.countRoundTrip();
+        return true;
+    }
     if (m_usesSharedMemory)
         reserve(m_size);
     const bool isRead = m_usesSharedMemory ? readShared() : readCopied();

@@ -8,8 +8,6 @@
 namespace Platform::X11 {
 namespace {
 
-constexpr std::size_t mostCanvases = 8;
-
 xcb_render_picture_t solidMask(xcb_connection_t* c, std::uint8_t alpha)
 {
     const auto picture = xcb_generate_id(c);
@@ -39,21 +37,12 @@ Painter::~Painter()
 {
     for (auto& entry : m_named)
         release(entry.second);
-    for (auto& canvas : m_canvases)
-        release(canvas);
     m_rootBackground.release();
     xcb_free_gc(m_c, m_gc);
 }
 
-void Painter::begin()
+void Painter::paint(std::span<const PaintStep> steps, const DeviceRect& area, const RootLook& root, Canvas& canvas)
 {
-    for (auto& canvas : m_canvases)
-        canvas.isInUse = false;
-}
-
-xcb_pixmap_t Painter::paint(std::span<const PaintStep> steps, const DeviceRect& area, const RootLook& root)
-{
-    const auto& canvas = canvasFor(area);
     const auto hidden = hiddenRoot(steps);
     const auto background = hidden.isEmpty() ? RootBackground::Source() : m_rootBackground.sourceFor(hidden, root);
     for (std::size_t i = steps.size(); i-- > 0;) {
@@ -62,7 +51,6 @@ xcb_pixmap_t Painter::paint(std::span<const PaintStep> steps, const DeviceRect& 
         else
             paintWindow(steps[i], canvas, area);
     }
-    return canvas.pixmap;
 }
 
 void Painter::paintRoot(const PaintStep& step, const Canvas& canvas, const DeviceRect& area, const RootBackground::Source& background)
@@ -74,7 +62,7 @@ void Painter::paintRoot(const PaintStep& step, const Canvas& canvas, const Devic
 }
 
 // CopyArea knows no formats: both sides must have the same depth.
-void Painter::paintWindow(const PaintStep& step, const Canvas& canvas, const DeviceRect& area)
+void Painter::paintWindow(const PaintStep& step, Canvas& canvas, const DeviceRect& area)
 {
     auto& source = named(step);
     if (!step.isBlended && step.depth == m_server.connection().screen().root_depth)
@@ -90,8 +78,12 @@ void Painter::copy(xcb_drawable_t from, DevicePoint source, const PaintStep& ste
         place.width, place.height);
 }
 
-void Painter::blend(Named& source, const PaintStep& step, const Canvas& canvas, const DeviceRect& area)
+void Painter::blend(Named& source, const PaintStep& step, Canvas& canvas, const DeviceRect& area)
 {
+    if (canvas.picture == XCB_NONE) {
+        canvas.picture = xcb_generate_id(m_c);
+        xcb_render_create_picture(m_c, canvas.picture, canvas.pixmap, m_server.formatOf(m_server.connection().screen().root_visual), 0, nullptr);
+    }
     if (source.picture == XCB_NONE) {
         source.picture = xcb_generate_id(m_c);
         xcb_render_create_picture(m_c, source.picture, source.pixmap, m_server.formatOf(step.visual), 0, nullptr);
@@ -128,44 +120,6 @@ void Painter::release(Named& named)
     if (named.pixmap != XCB_NONE)
         xcb_free_pixmap(m_c, named.pixmap);
     named = {};
-}
-
-Painter::Canvas& Painter::canvasFor(const DeviceRect& area)
-{
-    // Neither too small nor a waste of the server's memory.
-    const auto fits = [&](const Canvas& canvas) {
-        const long needed = long{area.width} * area.height;
-        return !canvas.isInUse && canvas.width >= area.width && canvas.height >= area.height &&
-            long{canvas.width} * canvas.height <= 2 * needed + 4096;
-    };
-    auto canvas = std::find_if(m_canvases.begin(), m_canvases.end(), fits);
-    if (canvas == m_canvases.end()) {
-        const auto isOlder = [](const Canvas& a, const Canvas& b) { return a.isInUse != b.isInUse ? b.isInUse : a.lastUse < b.lastUse; };
-        canvas = std::min_element(m_canvases.begin(), m_canvases.end(), isOlder);
-        if (m_canvases.size() < mostCanvases || canvas->isInUse)
-            canvas = m_canvases.insert(m_canvases.end(), Canvas());
-        release(*canvas);
-        canvas->width = area.width;
-        canvas->height = area.height;
-        canvas->pixmap = xcb_generate_id(m_c);
-        canvas->picture = xcb_generate_id(m_c);
-        const auto& screen = m_server.connection().screen();
-        const auto size = toWire(area);
-        xcb_create_pixmap(m_c, screen.root_depth, canvas->pixmap, screen.root, size.width, size.height);
-        xcb_render_create_picture(m_c, canvas->picture, canvas->pixmap, m_server.formatOf(screen.root_visual), 0, nullptr);
-    }
-    canvas->isInUse = true;
-    canvas->lastUse = ++m_uses;
-    return *canvas;
-}
-
-void Painter::release(Canvas& canvas)
-{
-    if (canvas.pixmap != XCB_NONE) {
-        xcb_render_free_picture(m_c, canvas.picture);
-        xcb_free_pixmap(m_c, canvas.pixmap);
-    }
-    canvas = {};
 }
 
 void Painter::failed(const xcb_generic_error_t& error)

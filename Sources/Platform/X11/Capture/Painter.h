@@ -1,5 +1,5 @@
 // Paints plans in the server: names the pixmaps of windows when they are first needed
-// and copies or blends their parts into pixmaps of ours.
+// and copies or blends their parts onto canvases.
 #pragma once
 
 #include <xcb/render.h>
@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <span>
 #include <unordered_map>
-#include <vector>
 
+#include "Platform/X11/Capture/Canvas.h"
 #include "Platform/X11/Capture/CaptureServer.h"
 #include "Platform/X11/Capture/PaintPlan.h"
 #include "Platform/X11/Capture/RootBackground.h"
@@ -22,11 +22,9 @@ public:
     Painter(const Painter&) = delete;
     Painter& operator=(const Painter&) = delete;
 
-    // The canvases of the calls before may be used again.
-    void begin();
-    // Paints the steps, of which the first is the highest, into a pixmap whose corner is
-    // the corner of `area`. No round trip.
-    xcb_pixmap_t paint(std::span<const PaintStep>, const DeviceRect& area, const RootLook& root);
+    // Paints the steps, of which the first is the highest. The canvas's corner is the corner
+    // of `area`. No round trip.
+    void paint(std::span<const PaintStep>, const DeviceRect& area, const RootLook& root, Canvas&);
     // Where the pixels of a step's window are, its border included. No round trip.
     xcb_pixmap_t pixmapOf(const PaintStep& step) { return named(step).pixmap; }
 
@@ -49,31 +47,18 @@ private:
         unsigned request = 0;  // that named it
         bool hasFailed = false;
     };
-    struct Canvas {
-        xcb_pixmap_t pixmap = XCB_NONE;
-        xcb_render_picture_t picture = XCB_NONE;
-        int width = 0;
-        int height = 0;
-        bool isInUse = false;
-        std::uint64_t lastUse = 0;
-    };
-
     Named& named(const PaintStep&);
     void release(Named&);
-    Canvas& canvasFor(const DeviceRect& area);
-    void release(Canvas&);
-    void paintWindow(const PaintStep&, const Canvas&, const DeviceRect& area);
+    void paintWindow(const PaintStep&, Canvas&, const DeviceRect& area);
     void paintRoot(const PaintStep&, const Canvas&, const DeviceRect& area, const RootBackground::Source&);
     void copy(xcb_drawable_t, DevicePoint source, const PaintStep&, const Canvas&, const DeviceRect& area);
-    void blend(Named&, const PaintStep&, const Canvas&, const DeviceRect& area);
+    void blend(Named&, const PaintStep&, Canvas&, const DeviceRect& area);
 
     CaptureServer& m_server;
     xcb_connection_t* m_c;
     xcb_gcontext_t m_gc;
     RootBackground m_rootBackground;
     std::unordered_map<xcb_window_t, Named> m_named;
-    std::vector<Canvas> m_canvases;
-    std::uint64_t m_uses = 0;
 };
 
 }  // namespace Platform::X11

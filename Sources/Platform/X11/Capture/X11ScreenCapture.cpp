@@ -6,9 +6,9 @@
 namespace Platform::X11 {
 
 std::unique_ptr<X11ScreenCapture> X11ScreenCapture::open(
-    const std::string& displayName, const SharedMonitorLayout& layouts, const OverlayStack& stack)
+    const std::string& displayName, const SharedMonitorLayout& layouts, const OverlayStack& stack, CanvasMemory memory)
 {
-    auto server = CaptureServer::open(displayName);
+    auto server = CaptureServer::open(displayName, memory);
     if (!server)
         return nullptr;
     return std::unique_ptr<X11ScreenCapture>(new X11ScreenCapture(std::move(server), layouts, stack));

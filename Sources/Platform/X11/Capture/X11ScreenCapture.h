@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Platform/ScreenCapture.h"
+#include "Platform/X11/Capture/CanvasMemory.h"
 #include "Platform/X11/CaptureActivation.h"
 #include "Platform/X11/OverlayStack.h"
 #include "Platform/X11/SharedMonitorLayout.h"
@@ -22,7 +23,8 @@ class X11ScreenCapture : public ScreenCapture, public CaptureActivation {
 public:
     // Nothing when no server answers. Layout and stack must outlive the capture. A server
     // that lets this client see no other window's pixels gives answers of truth `none`.
-    static std::unique_ptr<X11ScreenCapture> open(const std::string& displayName, const SharedMonitorLayout&, const OverlayStack&);
+    static std::unique_ptr<X11ScreenCapture> open(
+        const std::string& displayName, const SharedMonitorLayout&, const OverlayStack&, CanvasMemory = CanvasMemory::shared);
     ~X11ScreenCapture() override;
 
     // While inactive a capture activates for itself only, which costs several round trips.
