@@ -151,6 +151,37 @@ TEST_F(SurroundingsMemory, RecallsWhatWasKeptAndWhatWasLearned)
         picture, (Pixels{0xff000001, 0xff000002, 0xff000000 | (composedAt(2, 0) + 5), 0xff000003, 0xff000004, 0xff000000 | (composedAt(2, 1) + 5)}));
 }
 
+// What was found to be kept is not looked at again.
+TEST_F(SurroundingsMemory, KeepsNothingOfAnAreaThatWasKeptBeforeAndIsNoMore)
+{
+    const auto begin = [this] {
+        m_memory.forget();
+        m_memory.follow(number, {0, 0, 8, 8});
+        learn({0, 0, 8, 8}, 5);
+        EXPECT_TRUE(m_memory.isKept({0, 0, 8, 8}));
+    };
+    begin();
+    m_memory.drop({3, 3, 1, 1});
+    EXPECT_FALSE(m_memory.isKept({0, 0, 8, 8}));
+    EXPECT_TRUE(m_memory.isKept({4, 0, 4, 8}));
+    EXPECT_FALSE(m_memory.isKept({3, 0, 5, 8}));
+    begin();
+    m_memory.dropAll();
+    EXPECT_FALSE(m_memory.isKept({0, 0, 8, 8}));
+    begin();
+    m_memory.follow(number, {12, 0, 8, 8});  // 12 is the width of its window
+    EXPECT_FALSE(m_memory.isKept({12, 0, 8, 8}));
+    m_memory.follow(number, {0, 0, 8, 8});
+    EXPECT_FALSE(m_memory.isKept({0, 0, 8, 8}));
+    begin();
+    m_memory.follow(number, {0, 0, 20, 8});
+    EXPECT_FALSE(m_memory.isKept({0, 0, 8, 8}));
+    begin();
+    m_memory.forget();
+    m_memory.follow(number, {0, 0, 8, 8});
+    EXPECT_FALSE(m_memory.isKept({0, 0, 8, 8}));
+}
+
 TEST_F(SurroundingsMemory, KeepsNothingThatWasDroppedLeftOrForgotten)
 {
     m_memory.follow(number, {0, 0, 8, 8});

@@ -66,7 +66,7 @@ void ScreenTruth::forgetAnswersFor(const ChangeWatch& changes)
         m_surroundings.drop(part);
 }
 
-bool ScreenTruth::isKnown(const DeviceRect& area, const Region& covered) const
+bool ScreenTruth::isKnown(const DeviceRect& area, const Region& covered)
 {
     if (!encloses(m_place, area))
         return false;

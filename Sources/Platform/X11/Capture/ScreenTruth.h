@@ -33,7 +33,7 @@ public:
     void forgetAnswersFor(const ChangeWatch&);
     // True when recall() will say what `area` shows, once the parts that findUpcoming() told
     // are learned.
-    bool isKnown(const DeviceRect& area, const Region& covered) const;
+    bool isKnown(const DeviceRect& area, const Region& covered);
     void recall(const DeviceRect& area, std::span<std::uint32_t> picture) const { m_surroundings.recall(area, picture); }
     // Keeps for recall() what was merged for `area`.
     void keep(std::uint32_t windowNumber, const DeviceRect& area);

@@ -83,6 +83,7 @@ void SurroundingsMemory::growTo(const DeviceRect& window)
     m_screen.resize(m_composed.size());
     m_answers.resize(m_composed.size());
     m_isKept.assign(m_composed.size(), 0);
+    m_keptArea = {};
     forEachRun(kept, [&](std::size_t number, std::size_t place, std::size_t count) {
         std::copy_n(&composed[number], count, &m_composed[place]);
         std::copy_n(&screen[number], count, &m_screen[place]);
@@ -95,6 +96,7 @@ void SurroundingsMemory::moveTo(const DeviceRect& window)
     m_entered.add(window);
     m_entered.subtract(m_window);
     m_window = window;
+    m_keptArea = intersection(m_keptArea, window);
     for (const auto& part : m_entered.rects())
         forEachRun(part, [this](std::size_t, std::size_t place, std::size_t count) {
             std::fill_n(&m_composed[place], count, unknown);
@@ -144,13 +146,19 @@ void SurroundingsMemory::keep(const DeviceRect& area, std::span<const std::uint3
     });
 }
 
-bool SurroundingsMemory::isKept(const DeviceRect& area) const
+bool SurroundingsMemory::isKept(const DeviceRect& area)
 {
     if (!encloses(m_window, area))
         return false;
+    m_unseen.clear();
+    m_unseen.add(area);
+    m_unseen.subtract(m_keptArea);
     bool areAll = true;
-    forEachRun(
-        area, [&](std::size_t, std::size_t place, std::size_t count) { areAll = areAll && std::memchr(&m_isKept[place], 0, count) == nullptr; });
+    for (const auto& part : m_unseen.rects())
+        forEachRun(
+            part, [&](std::size_t, std::size_t place, std::size_t count) { areAll = areAll && std::memchr(&m_isKept[place], 0, count) == nullptr; });
+    if (areAll)
+        m_keptArea = area;
     return areAll;
 }
 
@@ -163,11 +171,16 @@ void SurroundingsMemory::recall(const DeviceRect& area, std::span<std::uint32_t>
 
 void SurroundingsMemory::drop(const DeviceRect& area)
 {
+    m_keptArea = {};
     forEachRun(intersection(area, m_window),
         [&](std::size_t, std::size_t place, std::size_t count) { std::fill_n(&m_isKept[place], count, std::uint8_t{0}); });
 }
 
-void SurroundingsMemory::dropAll() { std::fill(m_isKept.begin(), m_isKept.end(), std::uint8_t{0}); }
+void SurroundingsMemory::dropAll()
+{
+    m_keptArea = {};
+    std::fill(m_isKept.begin(), m_isKept.end(), std::uint8_t{0});
+}
 
 void SurroundingsMemory::forget()
 {
@@ -176,6 +189,7 @@ void SurroundingsMemory::forget()
     m_screen.clear();
     m_answers.clear();
     m_isKept.clear();
+    m_keptArea = {};
 }
 
 }  // namespace Platform::X11

@@ -30,7 +30,7 @@ public:
     // What was answered for `area`, 0x00RRGGBB, holds until it is dropped. What is learned
     // will be the answer, too. Recalled it is 0xffRRGGBB.
     void keep(const DeviceRect& area, std::span<const std::uint32_t> picture);
-    bool isKept(const DeviceRect& area) const;
+    bool isKept(const DeviceRect& area);
     void recall(const DeviceRect& area, std::span<std::uint32_t> picture) const;
     void drop(const DeviceRect& area);
     void dropAll();
@@ -52,7 +52,9 @@ private:
     std::vector<std::uint32_t> m_screen;
     std::vector<std::uint32_t> m_answers;
     std::vector<std::uint8_t> m_isKept;  // 1 where the answer holds
+    DeviceRect m_keptArea;               // as it does in all of this, which isKept() found last
     Region m_entered;
+    Region m_unseen;
 };
 
 }  // namespace Platform::X11

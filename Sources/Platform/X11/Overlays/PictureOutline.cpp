@@ -7,7 +7,6 @@ namespace {
 
 constexpr std::uint32_t faintest = 0x20000000;
 constexpr std::uint32_t opaque = 0xff000000;
-constexpr std::size_t blockSize = 32;
 
 std::uint32_t inItsOwnColour(std::uint32_t pixel)
 {
@@ -21,18 +20,6 @@ std::uint32_t inItsOwnColour(std::uint32_t pixel)
         return std::min<std::uint32_t>(value, 0xff) << shift;
     };
     return opaque | channel(16) | channel(8) | channel(0);
-}
-
-// As nearly all are: inside the outline, and outside.
-bool areOpaqueOrEmpty(std::span<const std::uint32_t> pixels)
-{
-    std::uint32_t common = opaque;
-    std::uint32_t any = 0;
-    for (const auto pixel : pixels) {
-        common &= pixel;
-        any |= pixel;
-    }
-    return common == opaque || any == 0;
 }
 
 }  // namespace
@@ -59,9 +46,11 @@ bool PictureOutline::take(std::span<const std::uint32_t> pixels, int width)
 void PictureOutline::findTranslucent(std::span<const std::uint32_t> pixels)
 {
     m_translucent.clear();
-    for (std::size_t start = 0; start < pixels.size(); start += blockSize) {
-        if (!areOpaqueOrEmpty(pixels.subspan(start, std::min(blockSize, pixels.size() - start))))
-            m_translucent.push_back(start);
+    const auto isTranslucent = [](std::uint32_t pixel) { return pixel != 0 && pixel < opaque; };
+    for (auto run = std::find_if(pixels.begin(), pixels.end(), isTranslucent); run != pixels.end();) {
+        const auto end = std::find_if_not(run, pixels.end(), isTranslucent);
+        m_translucent.push_back({static_cast<std::size_t>(run - pixels.begin()), static_cast<std::size_t>(end - run)});
+        run = std::find_if(end, pixels.end(), isTranslucent);
     }
 }
 
@@ -99,11 +88,9 @@ void PictureOutline::addRow(std::size_t row, std::size_t& bandStart)
 
 void PictureOutline::makeOpaque(std::span<std::uint32_t> pixels) const
 {
-    for (const auto start : m_translucent) {
-        for (auto& pixel : pixels.subspan(start, std::min(blockSize, pixels.size() - start))) {
-            if (pixel < opaque)
-                pixel = pixel < faintest ? 0 : inItsOwnColour(pixel);
-        }
+    for (const auto& run : m_translucent) {
+        for (auto& pixel : pixels.subspan(run.start, run.count))
+            pixel = pixel < faintest ? 0 : inItsOwnColour(pixel);
     }
 }
 

@@ -26,13 +26,19 @@ public:
     std::span<const xcb_rectangle_t> rectangles() const { return m_rectangles; }
 
 private:
+    // Pixels that follow each other.
+    struct Run {
+        std::size_t start;
+        std::size_t count;
+    };
+
     void findTranslucent(std::span<const std::uint32_t> pixels);
     void makeRectangles();
     void addRow(std::size_t row, std::size_t& bandStart);
 
     std::size_t m_width = 0;
     std::vector<std::uint8_t> m_isDrawn;
-    std::vector<std::size_t> m_translucent;  // where blocks begin that are neither opaque nor empty
+    std::vector<Run> m_translucent;
     std::vector<xcb_rectangle_t> m_rectangles;
 };
 
