@@ -228,7 +228,7 @@ void LoupePicture::drawCircle(std::uint32_t* to)
     if (m_sample != nullptr)
         laySample();
 
-    const bool wasOpaque = std::exchange(m_isSampleOpaque, m_sample != nullptr);
+    m_isSampleOpaque = m_sample != nullptr;
     const RimPixel* rim = m_rim.data();
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         const auto y = m_firstRow + i;
@@ -240,8 +240,9 @@ void LoupePicture::drawCircle(std::uint32_t* to)
             crossRow();
         rim = putRow(m_rows[i], isCrossed ? m_crossing : m_row, y, rim, to + y * width);
     }
-    // From one opaque sample to the next only colours change.
-    if (!wasOpaque || !m_isSampleOpaque)
+    const auto alpha = m_sample == nullptr ? SampleAlpha::none : m_isSampleOpaque ? SampleAlpha::opaque : SampleAlpha::mixed;
+    // From one opaque sample to the next only colours change, without one nothing does.
+    if (std::exchange(m_drawnAlpha, alpha) != alpha || alpha == SampleAlpha::mixed)
         ++m_alphaNumber;
 }
 

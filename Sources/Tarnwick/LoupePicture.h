@@ -30,7 +30,7 @@ public:
 
     // `part` is what the sample holds of the square that fills the circle, in fractions of
     // its side, y downward; around it, and without a sample (null), the backdrop shows. The
-    // sample is not owned; it is read whenever the picture is drawn.
+    // sample is not owned and must stay as it is while the picture is drawn.
     void show(const Platform::Image* sample, const Platform::Rect& part = wholeSquare);
 
     int width() const override { return m_ornaments.width(); }
@@ -81,6 +81,8 @@ private:
     Platform::Rect m_part = wholeSquare;
     std::uint64_t m_alphaNumber = 1;
     bool m_isSampleOpaque = false;  // all that is drawn of it
+    enum class SampleAlpha { none, opaque, mixed };
+    SampleAlpha m_drawnAlpha = SampleAlpha::mixed;
 
     std::size_t m_firstRow = 0;
     std::vector<Row> m_rows;

@@ -33,7 +33,7 @@ public:
     void setNeedsDisplay();
 
     // The whole view, in view space; nothing where the bounds are empty. Its source belongs
-    // to the view and draws the last capture.
+    // to the view and is valid until the next call or refresh().
     std::optional<Platform::Picture> draw();
 
     // Null before the first capture and after a failed one.

@@ -339,12 +339,13 @@ TEST_F(LoupePicturePixels, HaveTheSameAlphaWhereTheirNumberIsTheSame)
         for (const auto* sample : std::initializer_list<const Image*>{&opaque, &dark, &opaque, &holed, &opaque, &cornered, &holed, &opaque, &dark})
             check(sample);
         check(nullptr);
+        check(nullptr);
         check(&opaque, {0.25, 0, 0.5, 0.5});
         check(nullptr);
         check(&opaque);
     }
-    // From one that is all opaque to the next one.
-    EXPECT_EQ(sameNumbers, 3 * 3);
+    // From one that is all opaque to the next one, and from none to none.
+    EXPECT_EQ(sameNumbers, 3 * 4);
 }
 
 TEST_F(LoupePicturePixels, AllocateNothingOnceTheyWereComposed)

@@ -72,6 +72,42 @@ TEST_P(ImageReader, SharesCanvasesWhereTheServerDoes)
     EXPECT_EQ(m_images->sharesCanvases(), GetParam() == Way::sharedCanvases);
 }
 
+TEST_P(ImageReader, ReadsAfterThereWasNothingToRead)
+{
+    m_images->begin(0);
+    EXPECT_TRUE(m_images->read());
+    m_images->begin(100);
+    EXPECT_EQ(m_images->sharesCanvases(), GetParam() == Way::sharedCanvases);
+    const auto picture = m_images->add(m_connection.root(), {0, 0, 10, 10});
+    ASSERT_TRUE(m_images->read());
+    expectAll(picture, 100, upper);
+}
+
+TEST_P(ImageReader, DoesWithoutSharedCanvasesOnceTheServerRefusedOne)
+{
+    m_images->begin(100);
+    m_images->add(m_connection.root(), {0, 0, 10, 10});
+    ASSERT_TRUE(m_images->read());
+    xcb_generic_error_t error{};
+    error.major_code = xcb_get_extension_data(m_connection, &xcb_render_id)->major_opcode;
+    error.minor_code = XCB_SHM_CREATE_PIXMAP;
+    m_images->failed(error);
+    EXPECT_FALSE(m_images->hasFailed());
+    error.major_code = xcb_get_extension_data(m_connection, &xcb_shm_id)->major_opcode;
+    error.minor_code = XCB_SHM_ATTACH;
+    m_images->failed(error);
+    EXPECT_FALSE(m_images->hasFailed());
+    error.minor_code = XCB_SHM_CREATE_PIXMAP;
+    m_images->failed(error);
+    EXPECT_TRUE(m_images->hasFailed());
+    m_images->begin(100);
+    EXPECT_FALSE(m_images->hasFailed());
+    EXPECT_FALSE(m_images->sharesCanvases());
+    const auto picture = m_images->add(m_connection.root(), {0, 0, 10, 10});
+    ASSERT_TRUE(m_images->read());
+    expectAll(picture, 100, upper);
+}
+
 TEST_P(ImageReader, ReadsMoreAndLessAtATime)
 {
     const auto root = m_connection.root();
@@ -104,7 +140,7 @@ TEST_P(ImageReader, ReadsWhatIsPaintedOnCanvasesBesideWhatIsOnTheScreen)
 TEST_P(ImageReader, WaitsOnceForTheServerHoweverMuchIsRead)
 {
     const auto read = [this] {
-        m_images->begin(4 * 100);
+        m_images->begin(400);
         for (int i = 0; i < 4; ++i)
             m_images->add(m_connection.root(), {i, i, 10, 10});
         EXPECT_TRUE(m_images->read());
@@ -139,7 +175,7 @@ TEST_P(ImageReaderOnRequest, SaysWhenTheServerRefusesOneOfThem)
 {
     const auto root = m_connection.root();
     for (const bool isFirst : {true, false}) {
-        m_images->begin(2 * 500);
+        m_images->begin(1000);
         m_images->add(root, isFirst ? DeviceRect{310, 0, 50, 10} : DeviceRect{0, 0, 50, 10});
         m_images->add(root, isFirst ? DeviceRect{0, 0, 50, 10} : DeviceRect{310, 0, 50, 10});
         EXPECT_FALSE(m_images->read());

@@ -1,4 +1,4 @@
-// A pixmap of ours that is painted and then read.
+// A pixmap of ours that is painted.
 #pragma once
 
 #include <xcb/render.h>

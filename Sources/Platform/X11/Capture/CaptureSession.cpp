@@ -77,9 +77,10 @@ void CaptureSession::layTargets(CaptureResolution resolution, std::span<const Re
 
 void CaptureSession::takeEvent(const xcb_generic_event_t& event)
 {
-    if (event.response_type == 0)
+    if (event.response_type == 0) {
         m_painter.failed(reinterpret_cast<const xcb_generic_error_t&>(event));
-    else if (!m_changes.handle(event))
+        m_images.failed(reinterpret_cast<const xcb_generic_error_t&>(event));
+    } else if (!m_changes.handle(event))
         m_hasNews = m_reader.handle(event) || m_hasNews;
 }
 
@@ -218,7 +219,7 @@ template <typename Predicate> bool CaptureSession::isTrueOfAPiece(Predicate&& is
 
 bool CaptureSession::hasFailed()
 {
-    return isTrueOfAPiece([this](const Piece& piece) { return m_painter.hasFailed(piece.steps); });
+    return m_images.hasFailed() || isTrueOfAPiece([this](const Piece& piece) { return m_painter.hasFailed(piece.steps); });
 }
 
 // Errors about windows that went meanwhile are everyday; one counts only where a pixmap

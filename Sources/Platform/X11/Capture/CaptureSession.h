@@ -99,7 +99,7 @@ private:
     std::vector<PaintStep> m_stepsNow;
     std::vector<std::uint32_t> m_recalled;
     std::uint64_t m_knownGeneration = 0;
-    bool m_isLastAttempt = false;  // which takes what it can get
+    bool m_isLastAttempt = false;  // which takes what it can get: what a window that shrank meanwhile leaves is as it was painted before
     bool m_hasNews = false;        // events changed what is known
 };
 

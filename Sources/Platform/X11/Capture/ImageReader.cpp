@@ -4,6 +4,7 @@
 #include <sys/shm.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -61,6 +62,7 @@ Canvas& ImageReader::addCanvas(const DeviceRect& size, std::size_t& number)
 
 std::size_t ImageReader::addPicture(const DeviceRect& size)
 {
+    assert(!m_sharesCanvases);
     m_pictures.push_back({m_size, sizeOf(size), nullptr});
     m_size += sizeOf(size);
     return m_pictures.size() - 1;

@@ -44,6 +44,10 @@ public:
     void addPart(xcb_drawable_t, const DeviceRect& area, std::size_t offset);
     // False when the server refused one.
     bool read();
+    // An error of the connection came in.
+    void failed(const xcb_generic_error_t& error) { m_sharedCanvases.failed(error); }
+    // True when what was read is not what was to be painted, and may be next time.
+    bool hasFailed() const { return m_sharedCanvases.hasFailed(); }
 
     // 0xXXRRGGBB, rows without padding; valid until the next begin().
     std::span<const std::uint32_t> pixels(std::size_t number) const;

@@ -1,7 +1,6 @@
 #include "Platform/X11/Capture/SharedCanvases.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace Platform::X11 {
 
@@ -13,18 +12,25 @@ SharedCanvases::~SharedCanvases()
 
 bool SharedCanvases::begin(std::size_t pixels)
 {
+    m_hasFailed = false;
     if (!m_isPossible)
         return false;
-    // Most sizes come again at the same place.
-    std::erase_if(m_entries, [this](Entry& entry) {
-        if (!entry.isInUse)
-            entry.canvas.release(m_server.connection());
-        return !std::exchange(entry.isInUse, false);
-    });
+    ++m_uses;
+    releaseUnused();
     m_size = 0;
-    if (!m_shared || pixels > m_shared->pixels().size())
+    if (pixels > (m_shared ? m_shared->pixels().size() : 0))
         grow(pixels);
     return m_isPossible;
+}
+
+// Most sizes come again at the same place, though two overlays take turns.
+void SharedCanvases::releaseUnused()
+{
+    constexpr std::uint64_t longestUnused = 4;
+    const auto isUnused = [this](const Entry& entry) { return m_uses - entry.lastUse > longestUnused; };
+    const auto unused = std::partition(m_entries.begin(), m_entries.end(), [&](const Entry& entry) { return !isUnused(entry); });
+    std::for_each(unused, m_entries.end(), [this](Entry& entry) { entry.canvas.release(m_server.connection()); });
+    m_entries.erase(unused, m_entries.end());
 }
 
 void SharedCanvases::grow(std::size_t pixels)
@@ -36,20 +42,16 @@ void SharedCanvases::grow(std::size_t pixels)
     // A little more is wanted soon where what a moving overlay meets is read.
     m_shared = SharedMemory::make(m_server.connection(), pixels + pixels / 4);
     m_server.countRoundTrip();
-    m_isPossible = m_shared != nullptr && isAccepted();
+    m_isPossible = m_shared != nullptr;
 }
 
-// A server may offer what it then refuses.
-bool SharedCanvases::isAccepted()
+void SharedCanvases::failed(const xcb_generic_error_t& error)
 {
-    auto& c = m_server.connection();
-    const auto pixmap = c.newId();
-    const auto request = xcb_shm_create_pixmap_checked(c, pixmap, c.root(), 1, 1, c.screen().root_depth, m_shared->segment(), 0);
-    const bool isRefused = adopt(xcb_request_check(c, request)) != nullptr || c.isBroken();
-    m_server.countRoundTrip();
-    if (!isRefused)
-        xcb_free_pixmap(c, pixmap);
-    return !isRefused;
+    const auto* extension = xcb_get_extension_data(m_server.connection(), &xcb_shm_id);
+    if (error.major_code != extension->major_opcode || error.minor_code != XCB_SHM_CREATE_PIXMAP)
+        return;
+    m_hasFailed = true;
+    m_isPossible = false;
 }
 
 Canvas& SharedCanvases::add(const DeviceRect& size)
@@ -63,8 +65,8 @@ Canvas& SharedCanvases::add(const DeviceRect& size)
     };
     auto entry = std::find_if(m_entries.begin(), m_entries.end(), isSame);
     if (entry == m_entries.end())
-        entry = m_entries.insert(entry, {{makePixmap(size, start), XCB_NONE, size.width, size.height}, start, false});
-    entry->isInUse = true;
+        entry = m_entries.insert(entry, {{makePixmap(size, start), XCB_NONE, size.width, size.height}, start, 0});
+    entry->lastUse = m_uses;
     return entry->canvas;
 }
 

@@ -1,5 +1,6 @@
 // Reading what a plan wants straight from the windows and the screen, without painting
-// it first: the bands of a crosshair, and all that lies in one window.
+// it first: the bands of a crosshair, and all that lies in one window. For servers that share
+// no canvases; with those that do, painting is one copy as well.
 #pragma once
 
 #include <optional>

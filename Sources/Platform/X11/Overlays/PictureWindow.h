@@ -73,7 +73,7 @@ private:
     DeviceRect m_frame;
     bool m_isMapped = false;
     PictureBuffer m_buffer;
-    Image m_drawn;                          // what a source draws of which only a part is shown
+    Image m_drawn;                          // what a source draws of which a part is shown, or which is stretched
     std::optional<std::uint32_t> m_colour;  // what was painted last, where it was no pixels
     PictureOutline m_outline;
     OutlineSource m_outlineSource;
