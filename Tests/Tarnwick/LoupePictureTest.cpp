@@ -298,7 +298,7 @@ TEST_F(LoupePicturePixels, LeaveTheFooterAsItWasPainted)
 TEST_F(LoupePicturePixels, AreAllWrittenWhateverTheMemoryHeld)
 {
     const auto sample = numbered(55, 55);
-    for (const auto& [diameter, scale] : {std::pair{0.5, 1.0}, {2.5, 1.0}, {12.5, 1.0}, {120.0, 1.25}, {220.0, 2.0}}) {
+    for (const auto& [diameter, scale] : {std::pair{0.5, 1.0}, {2.5, 1.0}, {12.5, 1.0}, {120.0, 1.25}, {220.0, 2.0}, {0.5, 2.0}}) {
         picture.lay(diameter, scale);
         for (const Image* shown : {&sample, static_cast<const Image*>(nullptr)}) {
             picture.show(shown);

@@ -304,6 +304,25 @@ TEST_F(OutlinedOverlay, ShowsThePartOfAHugeOneThatLiesOnTheScreen)
     EXPECT_EQ(wrongPixelsHard(200, 100), 0);
 }
 
+// Further than any sensible overlay its window does not reach.
+TEST_F(OutlinedOverlay, DrawsAllOfASourceOfWhichAPartIsFarOffTheScreen)
+{
+    const auto overlay = makeDisc(200, 100);
+    Image wide(3000, 100);
+    for (std::size_t i = 0; i < wide.pixels().size(); ++i)
+        wide.pixels()[i] = i % 3000 < 2500 ? core : blue;
+    overlay->setFrame({-2200, 400, 3000, 100});
+    ImageSource source(wide, discAlpha + 1);
+    const Picture shown{.rectangle = {0, 0, 3000, 100}, .source = &source};
+    overlay->present({&shown, 1});
+    const auto screen = screenshot();
+    EXPECT_EQ(screen.pixel(0, 150), core);
+    EXPECT_EQ(screen.pixel(299, 150), core);
+    EXPECT_EQ(screen.pixel(300, 150), blue);
+    EXPECT_EQ(screen.pixel(799, 150), blue);
+    EXPECT_EQ(screen.pixel(799, 200), ground);
+}
+
 TEST_F(OutlinedOverlay, TellsTheCaptureWhereItWillLieBeforeItMoves)
 {
     const auto overlay = makeDisc(200, 100);
