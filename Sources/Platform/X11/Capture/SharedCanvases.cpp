@@ -27,8 +27,8 @@ bool SharedCanvases::begin(std::size_t pixels)
 void SharedCanvases::releaseUnused()
 {
     constexpr std::uint64_t longestUnused = 4;
-    const auto isUnused = [this](const Entry& entry) { return m_uses - entry.lastUse > longestUnused; };
-    const auto unused = std::partition(m_entries.begin(), m_entries.end(), [&](const Entry& entry) { return !isUnused(entry); });
+    const auto isUsed = [this](const Entry& entry) { return m_uses - entry.lastUse <= longestUnused; };
+    const auto unused = std::partition(m_entries.begin(), m_entries.end(), isUsed);
     std::for_each(unused, m_entries.end(), [this](Entry& entry) { entry.canvas.release(m_server.connection()); });
     m_entries.erase(unused, m_entries.end());
 }
