@@ -2,8 +2,8 @@
 
 #include <sys/eventfd.h>
 
-#include <QSocketNotifier>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 #include "Platform/Posix/FileDescriptor.h"
@@ -15,8 +15,8 @@ namespace {
 
 class RepeatingTimer final : public Timer {
 public:
-    RepeatingTimer(FileDescriptorWatcher& watcher, std::chrono::nanoseconds interval, std::function<void()> fired)
-        : m_fired(std::make_shared<const std::function<void()>>(std::move(fired)))
+    RepeatingTimer(QuickTurns& turns, FileDescriptorWatcher& watcher, std::chrono::nanoseconds interval, std::function<void()> fired)
+        : m_fired(std::make_shared<const std::function<void()>>(std::move(fired))), m_hurry(turns.hurry())
     {
         m_timer.start(interval, interval);
         m_watch = watcher.watch(m_timer.fileDescriptor(), [this] {
@@ -29,17 +29,36 @@ public:
 private:
     Posix::KernelTimer m_timer;
     std::shared_ptr<const std::function<void()>> m_fired;
+    Token m_hurry;
     Token m_watch;
 };
 
 }  // namespace
 
 struct QtMainLoop::Tasks {
+    const std::thread::id mainThread = std::this_thread::get_id();
     Posix::FileDescriptor wakeUp{eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"};
     std::mutex mutex;
     bool isSignalled = false;
     TaskRing waiting;
     TaskRing running;
+
+    void post(Task task)
+    {
+        const std::lock_guard lock(mutex);
+        waiting.push(std::move(task));
+        // The main thread looks before it waits again.
+        if (std::this_thread::get_id() != mainThread)
+            signalLocked();
+    }
+
+    // A task may run a nested loop, which has to hear of the rest.
+    void signalRest()
+    {
+        const std::lock_guard lock(mutex);
+        if (!waiting.isEmpty() || !running.isEmpty())
+            signalLocked();
+    }
 
     // Tasks that a turn's tasks post belong to turns of their own, but a turn through all
     // of Qt's and GLib's sources costs as much as many tasks: some follow at once.
@@ -64,19 +83,9 @@ struct QtMainLoop::Tasks {
     void runTurn()
     {
         while (!running.isEmpty()) {
-            Task task = running.pop();
-            // The task may run a nested loop, which has to hear of the rest.
-            if (!running.isEmpty())
-                signal();
-            if (task)
+            if (Task task = running.pop())
                 task();
         }
-    }
-
-    void signal()
-    {
-        const std::lock_guard lock(mutex);
-        signalLocked();
     }
 
     void signalLocked()
@@ -86,43 +95,26 @@ struct QtMainLoop::Tasks {
     }
 };
 
-QtMainLoop::QtMainLoop() : m_tasks(std::make_unique<Tasks>())
+QtMainLoop::QtMainLoop() : m_tasks(std::make_unique<Tasks>()), m_turns([this] { m_tasks->signalRest(); })
 {
-    m_watch = watchAlone(m_tasks->wakeUp.get(), [this] { m_tasks->runWaiting(); });
+    m_watch = m_turns.watch(m_tasks->wakeUp.get(), [this] { m_tasks->runWaiting(); });
 }
 
 QtMainLoop::~QtMainLoop() = default;
 
-void QtMainLoop::post(Task task)
-{
-    const std::lock_guard lock(m_tasks->mutex);
-    m_tasks->waiting.push(std::move(task));
-    m_tasks->signalLocked();
-}
+void QtMainLoop::post(Task task) { m_tasks->post(std::move(task)); }
 
 std::unique_ptr<Timer> QtMainLoop::repeatingTimer(std::chrono::nanoseconds interval, std::function<void()> fired)
 {
-    return std::make_unique<RepeatingTimer>(*this, interval, std::move(fired));
+    return std::make_unique<RepeatingTimer>(m_turns, *this, interval, std::move(fired));
 }
 
 // What the callback posts follows at once, without a turn through all of Qt's sources.
 Token QtMainLoop::watch(int fileDescriptor, std::function<void()> readable)
 {
-    return watchAlone(fileDescriptor, [this, readable = std::move(readable)] {
+    return m_turns.watch(fileDescriptor, [this, readable = std::move(readable)] {
         readable();
         m_tasks->runWaiting();
-    });
-}
-
-Token QtMainLoop::watchAlone(int fileDescriptor, std::function<void()> readable)
-{
-    auto* notifier = new QSocketNotifier(fileDescriptor, QSocketNotifier::Read);
-    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [readable = std::move(readable)] { readable(); });
-    return Token([notifier] {
-        // A callback may end its own watch: the notifier must outlive the call.
-        notifier->setEnabled(false);
-        notifier->disconnect();
-        notifier->deleteLater();
     });
 }
 

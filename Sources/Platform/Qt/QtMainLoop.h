@@ -6,6 +6,7 @@
 
 #include "Platform/MainLoop.h"
 #include "Platform/Posix/FileDescriptorWatcher.h"
+#include "Platform/Qt/QuickTurns.h"
 
 namespace Platform {
 
@@ -21,9 +22,8 @@ public:
 private:
     struct Tasks;
 
-    static Token watchAlone(int fileDescriptor, std::function<void()> readable);
-
     const std::unique_ptr<Tasks> m_tasks;
+    QuickTurns m_turns;
     Token m_watch;
 };
 
