@@ -17,10 +17,9 @@ std::span<std::uint32_t> PictureBuffer::take(std::size_t pixels)
     if (m_isShareable && pixels >= fewestShared && pixels > m_capacity)
         share(pixels);
     if (m_shared && pixels <= m_capacity) {
-        m_half = 1 - m_half;
-        if (const auto put = std::exchange(m_puts[m_half], std::nullopt))
+        if (const auto put = std::exchange(m_put, std::nullopt))
             adopt(xcb_request_check(m_connection, *put));
-        m_taken = m_shared->pixels().subspan(m_half * m_capacity, pixels);
+        m_taken = m_shared->pixels().first(pixels);
     } else {
         m_own.resize(pixels);
         m_taken = m_own;
@@ -30,21 +29,18 @@ std::span<std::uint32_t> PictureBuffer::take(std::size_t pixels)
 
 void PictureBuffer::share(std::size_t pixels)
 {
-    forgetPuts();
+    forgetPut();
     m_shared.reset();
-    m_shared = SharedMemory::make(m_connection, 2 * pixels);
+    m_shared = SharedMemory::make(m_connection, pixels);
     m_isShareable = m_shared != nullptr;
     m_capacity = m_isShareable ? pixels : 0;
 }
 
 // The server reads what was put before it lets go of the memory.
-void PictureBuffer::forgetPuts()
+void PictureBuffer::forgetPut()
 {
-    for (auto& put : m_puts) {
-        if (put)
-            xcb_discard_reply(m_connection, put->sequence);
-        put.reset();
-    }
+    if (const auto put = std::exchange(m_put, std::nullopt))
+        xcb_discard_reply(m_connection, put->sequence);
 }
 
 void PictureBuffer::put(xcb_window_t window, xcb_gcontext_t graphics, std::uint8_t depth, int width)
@@ -55,11 +51,9 @@ void PictureBuffer::put(xcb_window_t window, xcb_gcontext_t graphics, std::uint8
     }
     const auto columns = static_cast<std::uint16_t>(width);
     const auto rows = static_cast<std::uint16_t>(m_taken.size() / columns);
-    const auto offset = static_cast<std::uint32_t>(m_half * m_capacity * sizeof(std::uint32_t));
-    if (m_puts[m_half])
-        xcb_discard_reply(m_connection, m_puts[m_half]->sequence);
-    m_puts[m_half] = xcb_shm_put_image_checked(
-        m_connection, window, graphics, columns, rows, 0, 0, columns, rows, 0, 0, depth, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_shared->segment(), offset);
+    forgetPut();
+    m_put = xcb_shm_put_image_checked(
+        m_connection, window, graphics, columns, rows, 0, 0, columns, rows, 0, 0, depth, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_shared->segment(), 0);
 }
 
 // As many rows as fit one request are put together.
