@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 
 #include "Platform/Geometry.h"
 #include "Platform/Image.h"
+#include "Platform/PixelRows.h"
 
 namespace Platform {
 
@@ -24,6 +26,11 @@ enum class CaptureTruth {
 
 struct Captured {
     Image image;
+    // Where the caller allows it, the picture may come as rows instead, and the image be
+    // empty. They show it until the next capture below the same overlay; until then only
+    // the thread that asked may read them.
+    bool mayBeRows = false;
+    std::shared_ptr<const PixelRows> rows;
     CaptureTruth truth = CaptureTruth::none;
 };
 

@@ -184,6 +184,7 @@ void LoupePicture::laySample()
     layIndices(m_sampleRows, size, {start, length, m_part.y, m_part.height, height});
     m_showsSampleOnly = std::find(m_sampleColumns.begin(), m_sampleColumns.end(), width) == m_sampleColumns.end();
     layRuns();
+    m_sampleRow.resize(width);
     m_blended.resize(width + 1);
     m_blended[width] = backdropColour;
 }
@@ -202,7 +203,7 @@ void LoupePicture::layRuns()
         m_runs.clear();
 }
 
-void LoupePicture::show(const Platform::Image* sample, const Platform::Rect& part)
+void LoupePicture::show(const Platform::PixelRows* sample, const Platform::Rect& part)
 {
     m_sample = sample;
     m_part = part;
@@ -252,7 +253,7 @@ void LoupePicture::magnifyRow(std::size_t y)
         std::fill(m_row.begin(), m_row.end(), backdropColour);
         m_isSampleOpaque = false;
     } else {
-        const auto from = m_sample->pixels().subspan(m_sampleRows[y] * m_sampleWidth, m_sampleWidth);
+        const auto from = m_sample->row(static_cast<int>(m_sampleRows[y]), m_sampleRow);
         const bool hidesTheBackdrop = m_showsSampleOnly && areOpaque(from);
         m_isSampleOpaque = m_isSampleOpaque && hidesTheBackdrop;
         if (!hidesTheBackdrop)

@@ -9,6 +9,7 @@
 
 #include "Platform/Image.h"
 #include "Platform/OverlayWindow.h"
+#include "Platform/PixelRows.h"
 #include "Platform/ShapePainter.h"
 
 namespace Tarnwick {
@@ -31,7 +32,7 @@ public:
     // `part` is what the sample holds of the square that fills the circle, in fractions of
     // its side, y downward; around it, and without a sample (null), the backdrop shows. The
     // sample is not owned and must stay as it is while the picture is drawn.
-    void show(const Platform::Image* sample, const Platform::Rect& part = wholeSquare);
+    void show(const Platform::PixelRows* sample, const Platform::Rect& part = wholeSquare);
 
     int width() const override { return m_ornaments.width(); }
     int height() const override { return m_ornaments.height(); }
@@ -77,7 +78,7 @@ private:
     double m_screenScale = 0;
     double m_scale = 1;
     Platform::Image m_ornaments;  // ring and footer, transparent elsewhere
-    const Platform::Image* m_sample = nullptr;
+    const Platform::PixelRows* m_sample = nullptr;
     Platform::Rect m_part = wholeSquare;
     std::uint64_t m_alphaNumber = 1;
     bool m_isSampleOpaque = false;  // all that is drawn of it
@@ -99,9 +100,10 @@ private:
     bool m_showsSampleOnly = false;  // no column is past the sample's last
     // Columns that show successive ones of the sample; none where such runs are short.
     std::vector<Run> m_runs;
-    std::vector<std::uint32_t> m_blended;   // a row of the sample over the backdrop
-    std::vector<std::uint32_t> m_row;       // the same, stretched, with the vertical line
-    std::vector<std::uint32_t> m_crossing;  // the same within the horizontal line
+    std::vector<std::uint32_t> m_sampleRow;  // room for a row of the sample
+    std::vector<std::uint32_t> m_blended;    // a row of it over the backdrop
+    std::vector<std::uint32_t> m_row;        // the same, stretched, with the vertical line
+    std::vector<std::uint32_t> m_crossing;   // the same within the horizontal line
 };
 
 }  // namespace Tarnwick

@@ -20,6 +20,7 @@ LoupeView::LoupeView(
     Platform::MainLoop& mainLoop, Platform::Screens& screens, Platform::ScreenCapture& screenCapture, Platform::ShapePainter& painter)
     : m_mainLoop(mainLoop), m_screens(screens), m_screenCapture(screenCapture), m_picture(painter)
 {
+    m_sample.mayBeRows = true;
 }
 
 void LoupeView::refresh(Platform::Point sampledCenter, double sampleSide, std::int64_t excludingWindowNumber)
@@ -65,9 +66,13 @@ std::optional<Platform::Picture> LoupeView::draw()
     return Platform::Picture{.rectangle = {0, bounds.height - size.height, size.width, size.height}, .source = &m_picture};
 }
 
-const Platform::Image* LoupeView::sampledImage() const
+const Platform::PixelRows* LoupeView::sampledImage() const
 {
-    return m_sample.truth == Platform::CaptureTruth::none || m_sample.image.isEmpty() ? nullptr : &m_sample.image;
+    if (m_sample.truth == Platform::CaptureTruth::none)
+        return nullptr;
+    if (m_sample.rows != nullptr)
+        return m_sample.rows.get();
+    return m_sample.image.isEmpty() ? nullptr : &m_imageRows;
 }
 
 void LoupeView::display()

@@ -37,7 +37,7 @@ public:
     std::optional<Platform::Picture> draw();
 
     // Null before the first capture and after a failed one.
-    const Platform::Image* sampledImage() const;
+    const Platform::PixelRows* sampledImage() const;
 
 private:
     void capture(std::uint32_t window, const Platform::Rect& square);
@@ -51,6 +51,7 @@ private:
 
     LoupePicture m_picture;
     Platform::Captured m_sample;
+    Platform::ImageRows m_imageRows{m_sample.image};
     Platform::Rect m_samplePart = LoupePicture::wholeSquare;
     bool m_displayPosted = false;
 };

@@ -14,7 +14,8 @@ namespace {
 
 Platform::Image drawn(LoupePicture& picture, const Platform::Image* sample)
 {
-    picture.show(sample);
+    const auto rows = sample != nullptr ? Platform::ImageRows(*sample) : Platform::ImageRows();
+    picture.show(sample != nullptr ? &rows : nullptr);
     return TestSupport::drawn(picture);
 }
 

@@ -25,6 +25,31 @@ void deny(Platform::Captured& answer)
     answer.truth = Platform::CaptureTruth::none;
 }
 
+class OwnRows final : public Platform::PixelRows {
+public:
+    explicit OwnRows(Platform::Image image) : m_image(std::move(image)) { }
+    int width() const override { return m_image.width(); }
+    int height() const override { return m_image.height(); }
+    // The one way or the other.
+    std::span<const std::uint32_t> row(int y, std::span<std::uint32_t> scratch) const override
+    {
+        const auto row = Platform::ImageRows(m_image).row(y, scratch);
+        if (y % 2 == 0)
+            return row;
+        std::copy(row.begin(), row.end(), scratch.begin());
+        return scratch.first(row.size());
+    }
+
+private:
+    Platform::Image m_image;
+};
+
+void turnIntoRows(Platform::Captured& answer)
+{
+    answer.rows = std::make_shared<const OwnRows>(std::move(answer.image));
+    answer.image.resize(0, 0);
+}
+
 }  // namespace
 
 void FakeScreenCapture::setAnswer(const Platform::Rect& rectangle, std::optional<Platform::Image> image)
@@ -43,8 +68,12 @@ void FakeScreenCapture::windowsBelow(std::uint32_t windowNumber, Platform::Captu
         m_log.add("screenCapture.windowsBelow " + std::to_string(windowNumber) + name);
         m_requests.push_back({windowNumber, resolution, {rectangles.begin(), rectangles.end()}});
     }
-    for (std::size_t i = 0; i < rectangles.size(); ++i)
+    for (std::size_t i = 0; i < rectangles.size(); ++i) {
+        answers[i].rows.reset();
         answer(rectangles[i], answers[i]);
+        if (m_areRows && answers[i].mayBeRows && answers[i].truth != Platform::CaptureTruth::none)
+            turnIntoRows(answers[i]);
+    }
 }
 
 void FakeScreenCapture::answer(const Platform::Rect& rectangle, Platform::Captured& answer) const

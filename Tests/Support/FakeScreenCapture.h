@@ -29,6 +29,9 @@ public:
     // The answer for exactly this rectangle; nothing: no capture.
     void setAnswer(const Platform::Rect&, std::optional<Platform::Image>);
 
+    // As rows where the caller allows that; at first it is images always.
+    void setAnswersInRows(bool areRows) { m_areRows = areRows; }
+
     const std::vector<Request>& requests() const { return m_requests; }
 
     void windowsBelow(std::uint32_t windowNumber, Platform::CaptureResolution, std::span<const Platform::Rect> rectangles,
@@ -41,6 +44,7 @@ private:
     std::optional<std::uint32_t> m_colour = 0xFF000000;
     std::vector<std::pair<Platform::Rect, std::optional<Platform::Image>>> m_answers;
     std::vector<Request> m_requests;
+    bool m_areRows = false;
 };
 
 }  // namespace TestSupport

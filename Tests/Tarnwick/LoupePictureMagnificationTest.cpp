@@ -43,7 +43,8 @@ TEST_P(LoupePictureMagnification, ShowsEveryCapturedPixelWhereItBelongs)
     const int count = GetParam().side * scale;
     const auto sample = numbered(count, count);
     picture.lay(diameter, scale);
-    picture.show(&sample);
+    const Platform::ImageRows rows(sample);
+    picture.show(&rows);
     const auto image = TestSupport::drawn(picture);
     const long circle = (diameter - 2L) * scale;
     const auto edge = [&](long index) { return static_cast<int>(scale + (2 * index * circle + count - 1) / (2L * count)); };

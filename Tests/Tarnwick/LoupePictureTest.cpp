@@ -48,7 +48,8 @@ protected:
     // Valid until the next call.
     const Image& compose(const Image* sample, const Platform::Rect& part = LoupePicture::wholeSquare)
     {
-        picture.show(sample, part);
+        sampleRows = sample != nullptr ? Platform::ImageRows(*sample) : Platform::ImageRows();
+        picture.show(sample != nullptr ? &sampleRows : nullptr, part);
         TestSupport::draw(picture, composed);
         return composed;
     }
@@ -56,6 +57,7 @@ protected:
     TestSupport::CallLog log;
     TestSupport::FakeShapePainter painter{log};
     LoupePicture picture{painter};
+    Platform::ImageRows sampleRows;
     Image composed;
 };
 
@@ -300,7 +302,9 @@ TEST_F(LoupePicturePixels, AreAllWrittenWhateverTheMemoryHeld)
     const auto sample = numbered(55, 55);
     for (const auto& [diameter, scale] : {std::pair{0.5, 1.0}, {2.5, 1.0}, {12.5, 1.0}, {120.0, 1.25}, {220.0, 2.0}, {0.5, 2.0}}) {
         picture.lay(diameter, scale);
-        for (const Image* shown : {&sample, static_cast<const Image*>(nullptr)}) {
+        const Platform::ImageRows rowsOfSample(sample);
+        for (const Platform::PixelRows* shown :
+            {static_cast<const Platform::PixelRows*>(&rowsOfSample), static_cast<const Platform::PixelRows*>(nullptr)}) {
             picture.show(shown);
             const auto count = static_cast<std::size_t>(picture.width()) * static_cast<std::size_t>(picture.height());
             std::vector<std::uint32_t> onZero(count, 0);

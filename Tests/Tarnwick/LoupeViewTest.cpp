@@ -4,6 +4,7 @@
 
 #include "Support/DrawnImage.h"
 #include "Support/FakeSystem.h"
+#include "Support/ImageOfRows.h"
 
 namespace Tarnwick {
 namespace {
@@ -136,7 +137,27 @@ TEST_F(LoupeViewCapture, LeavesNoImageWhereItFails)
     fake.screenCapture.setColour(0xFF112233);
     view->refresh({500, 301}, 55, windowNumber);
     ASSERT_NE(view->sampledImage(), nullptr);
-    EXPECT_EQ(view->sampledImage()->pixel(0, 0), 0xFF112233U);
+    EXPECT_EQ(TestSupport::imageOf(*view->sampledImage()).pixel(0, 0), 0xFF112233U);
+}
+
+TEST_F(LoupeViewCapture, TakesTheAnswerInRowsWhereItComesSo)
+{
+    fake.screenCapture.setColour(0xFF112233);
+    refreshAndRun();
+    const auto inAnImage = shown().pictures().at(0).image;
+    fake.screenCapture.setAnswersInRows(true);
+    refreshAndRun();
+    EXPECT_EQ(TestSupport::imageOf(*view->sampledImage()), plain(55, 55, 0xFF112233));
+    EXPECT_EQ(shown().pictures().at(0).image, inAnImage);
+    fake.screenCapture.setColour(0xFF445566);
+    fake.screenCapture.setAnswersInRows(false);
+    refreshAndRun();
+    EXPECT_EQ(TestSupport::imageOf(*view->sampledImage()), plain(55, 55, 0xFF445566));
+    fake.screenCapture.setAnswersInRows(true);
+    refreshAndRun();
+    fake.screenCapture.setColour(std::nullopt);
+    refreshAndRun();
+    EXPECT_EQ(view->sampledImage(), nullptr);
 }
 
 TEST_F(LoupeViewDeathTest, StopsTheProgramOnAWindowNumberOutside32Bits)

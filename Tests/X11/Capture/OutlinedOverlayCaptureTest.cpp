@@ -1,6 +1,7 @@
 // An outlined overlay covers what is captured for it, and more than that.
 #include <sstream>
 
+#include "Support/ImageOfRows.h"
 #include "Support/WaitUntil.h"
 #include "X11/Capture/CaptureSetting.h"
 
@@ -13,7 +14,8 @@ constexpr int side = 60;
 constexpr int sampleSide = 10;
 constexpr int toMiddle = sampleSide / 2;
 
-class OutlinedOverlayCapture : public CaptureSetting {
+// With the answer as an image, or as rows where that is possible.
+class OutlinedOverlayCapture : public CaptureSetting, public testing::WithParamInterface<bool> {
 protected:
     void SetUp() override
     {
@@ -27,6 +29,20 @@ protected:
         m_capture->activate();
     }
 
+    Image answerAt(int x, int y)
+    {
+        m_desktop.sync();
+        m_answer.mayBeRows = GetParam();
+        const Rect rect{double(x - toMiddle), double(y - toMiddle), sampleSide, sampleSide};
+        m_capture->windowsBelow(1, CaptureResolution::best, {&rect, 1}, {&m_answer, 1});
+        if (m_answer.rows == nullptr)
+            return m_answer.image;
+        EXPECT_TRUE(GetParam());
+        EXPECT_TRUE(m_answer.image.isEmpty());
+        ++m_answersInRows;
+        return TestSupport::imageOf(*m_answer.rows);
+    }
+
     // As an overlay window is placed, captured for and moved, in this order.
     Image captureAt(int x, int y)
     {
@@ -37,7 +53,7 @@ protected:
         auto& entry = m_entries.back();
         entry.upcoming = frame;
         m_stack.set(m_entries);
-        auto captured = capture({double(x - toMiddle), double(y - toMiddle), sampleSide, sampleSide});
+        const auto answer = answerAt(x, y);
         if (isNew) {
             m_window = m_desktop.makeMappedWindow({.inner = frame, .colour = overlayColour});
             entry.pictures = {{m_window, frame}};
@@ -47,7 +63,7 @@ protected:
         m_stack.set(m_entries);
         m_desktop.sync();
         EXPECT_TRUE(TestSupport::waitUntil([&] { return m_desktop.screenPicture({x, y, 1, 1}).pixel(0, 0) == (0xff000000 | overlayColour); }));
-        return captured.image;
+        return answer;
     }
 
     // How many pixels of an answer are not as the screen was before, and the first of them.
@@ -106,9 +122,14 @@ protected:
     xcb_window_t m_foreign = XCB_WINDOW_NONE;
     xcb_window_t m_window = XCB_WINDOW_NONE;
     Image m_before;
+    Captured m_answer;
+    int m_answersInRows = 0;
 };
 
-TEST_F(OutlinedOverlayCapture, KnowsTheShadowsThatItCoveredBeforeTheyCameIntoTheMiddle)
+INSTANTIATE_TEST_SUITE_P(
+    Answers, OutlinedOverlayCapture, testing::Bool(), [](const auto& setting) { return std::string(setting.param ? "InRows" : "InAnImage"); });
+
+TEST_P(OutlinedOverlayCapture, KnowsTheShadowsThatItCoveredBeforeTheyCameIntoTheMiddle)
 {
     for (int step = 0; step < 12; ++step)
         EXPECT_EQ(wrongAt(110, 60 + step * 5), "") << step;
@@ -116,7 +137,7 @@ TEST_F(OutlinedOverlayCapture, KnowsTheShadowsThatItCoveredBeforeTheyCameIntoThe
         EXPECT_EQ(wrongAt(110 - step * 3, 105), "") << step;
 }
 
-TEST_F(OutlinedOverlayCapture, KnowsThemWhenItGoesToAndFro)
+TEST_P(OutlinedOverlayCapture, KnowsThemWhenItGoesToAndFro)
 {
     for (int step = 0; step < 12; ++step) {
         const int y = step % 2 == 0 ? 70 : 104;
@@ -124,7 +145,7 @@ TEST_F(OutlinedOverlayCapture, KnowsThemWhenItGoesToAndFro)
     }
 }
 
-TEST_F(OutlinedOverlayCapture, SeesWhatChangesBeneathIt)
+TEST_P(OutlinedOverlayCapture, SeesWhatChangesBeneathIt)
 {
     captureAt(110, 98);
     const std::uint32_t blue = 0x0000ff;
@@ -139,7 +160,7 @@ TEST_F(OutlinedOverlayCapture, SeesWhatChangesBeneathIt)
     EXPECT_NE(image.pixel(5, 8), 0xffffffff);
 }
 
-TEST_F(OutlinedOverlayCapture, MakesOneRoundTripWhereThereIsSomethingNew)
+TEST_P(OutlinedOverlayCapture, MakesOneRoundTripWhereThereIsSomethingNew)
 {
     settleAt(112, 62);
     const auto before = m_capture->roundTrips();
@@ -149,16 +170,17 @@ TEST_F(OutlinedOverlayCapture, MakesOneRoundTripWhereThereIsSomethingNew)
     EXPECT_EQ(m_capture->roundTrips() - before, 1U);
 }
 
-TEST_F(OutlinedOverlayCapture, AsksForNothingWhileItStandsAndNothingChanges)
+TEST_P(OutlinedOverlayCapture, AsksForNothingWhileItStandsAndNothingChanges)
 {
     settleAt(110, 98);
     const auto before = m_capture->roundTrips();
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(wrongAt(110, 98), "");
     EXPECT_EQ(m_capture->roundTrips(), before);
+    EXPECT_EQ(m_answersInRows > 0, GetParam());
 }
 
-TEST_F(OutlinedOverlayCapture, SeesAWindowThatIsPaintedPartByPart)
+TEST_P(OutlinedOverlayCapture, SeesAWindowThatIsPaintedPartByPart)
 {
     settleAt(110, 60);
     for (int i = 1; i <= 12; ++i) {
@@ -169,7 +191,7 @@ TEST_F(OutlinedOverlayCapture, SeesAWindowThatIsPaintedPartByPart)
     }
 }
 
-TEST_F(OutlinedOverlayCapture, SeesAChildOfAWindowChange)
+TEST_P(OutlinedOverlayCapture, SeesAChildOfAWindowChange)
 {
     auto& c = m_desktop.connection();
     const auto child = c.newId();
@@ -184,7 +206,7 @@ TEST_F(OutlinedOverlayCapture, SeesAChildOfAWindowChange)
     EXPECT_TRUE(shows(110, 60, {105, 55, 10, 10}, 0x123456));
 }
 
-TEST_F(OutlinedOverlayCapture, SeesWindowsComeMoveAndGoBeneathIt)
+TEST_P(OutlinedOverlayCapture, SeesWindowsComeMoveAndGoBeneathIt)
 {
     settleAt(110, 60);
     const auto other = m_desktop.makeMappedWindow({.inner = {100, 50, 30, 30}, .colour = 0x0000ff});
@@ -199,21 +221,21 @@ TEST_F(OutlinedOverlayCapture, SeesWindowsComeMoveAndGoBeneathIt)
     EXPECT_TRUE(shows(110, 60, {105, 55, 10, 10}, 0x00ff00));
 }
 
-TEST_F(OutlinedOverlayCapture, SeesAWindowBecomeTransparent)
+TEST_P(OutlinedOverlayCapture, SeesAWindowBecomeTransparent)
 {
     settleAt(110, 60);
     m_desktop.setOpacity(m_foreign, 0x80000000);
     EXPECT_TRUE(shows(110, 60, {105, 55, 10, 10}, 0x80ff80));
 }
 
-TEST_F(OutlinedOverlayCapture, SeesTheWallpaperChange)
+TEST_P(OutlinedOverlayCapture, SeesTheWallpaperChange)
 {
     settleAt(250, 150);
     m_desktop.setRootTile(tileOf(0xabcdef));
     EXPECT_TRUE(shows(250, 150, {245, 145, 10, 10}, 0xabcdef));
 }
 
-TEST_F(OutlinedOverlayCapture, SeesAnotherOverlayComeAndGoBeneathIt)
+TEST_P(OutlinedOverlayCapture, SeesAnotherOverlayComeAndGoBeneathIt)
 {
     constexpr std::uint32_t lineColour = 0x445566;
     const DeviceRect line = {190, 0, 1, 200};
@@ -233,7 +255,7 @@ TEST_F(OutlinedOverlayCapture, SeesAnotherOverlayComeAndGoBeneathIt)
 }
 
 // Of what it covers nothing is read: the news alone tell it.
-TEST_F(OutlinedOverlayCapture, SeesWhatChangesWhileItReadsSomethingElse)
+TEST_P(OutlinedOverlayCapture, SeesWhatChangesWhileItReadsSomethingElse)
 {
     settleAt(110, 60);
     m_entries.back().upcoming.x += 4;
@@ -249,7 +271,7 @@ TEST_F(OutlinedOverlayCapture, SeesWhatChangesWhileItReadsSomethingElse)
 }
 
 // What changed while it was not below the overlay is seen when it is.
-TEST_F(OutlinedOverlayCapture, SeesWhatChangedBesideItWhenItMovesThere)
+TEST_P(OutlinedOverlayCapture, SeesWhatChangedBesideItWhenItMovesThere)
 {
     settleAt(80, 60);
     m_desktop.fill(m_foreign, {0, 0, 100, 80}, 0x0000ff);

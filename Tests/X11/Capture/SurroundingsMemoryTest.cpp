@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Support/ImageOfRows.h"
+
 namespace CaptureTests {
 namespace {
 
@@ -149,6 +151,45 @@ TEST_F(SurroundingsMemory, RecallsWhatWasKeptAndWhatWasLearned)
     m_memory.recall({0, 0, 3, 2}, picture);
     EXPECT_EQ(
         picture, (Pixels{0xff000001, 0xff000002, 0xff000000 | (composedAt(2, 0) + 5), 0xff000003, 0xff000004, 0xff000000 | (composedAt(2, 1) + 5)}));
+}
+
+TEST_F(SurroundingsMemory, RecallsInRowsWhatItRecallsInAPicture)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    // On to where places lie on both sides of its memory's edges.
+    for (int x = 0; x < 30; x += 3) {
+        const DeviceRect area = {x, -2 * x, 8, 8};
+        m_memory.follow(number, area);
+        learn(area, static_cast<std::uint32_t>(x));
+        Pixels picture(64);
+        m_memory.recall(area, picture);
+        const auto rows = TestSupport::imageOf(*m_memory.recalled(area));
+        EXPECT_EQ(Pixels(rows.pixels().begin(), rows.pixels().end()), picture) << x;
+        EXPECT_EQ(rows.pixel(7, 1), 0xff000000 | (composedAt(x + 7, 1 - 2 * x) + static_cast<std::uint32_t>(x)));
+    }
+}
+
+TEST_F(SurroundingsMemory, LeavesRowsAloneThatSomebodyStillHas)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({0, 0, 8, 8}, 5);
+    const auto rows = m_memory.recalled({1, 1, 2, 2});
+    const auto before = TestSupport::imageOf(*rows);
+    EXPECT_NE(m_memory.recalled({3, 3, 1, 1}), rows);
+    EXPECT_EQ(TestSupport::imageOf(*rows), before);
+    m_memory.follow(number, {0, 0, 20, 20});
+    learn({0, 0, 20, 20}, 6);
+    EXPECT_EQ(TestSupport::imageOf(*rows), before);
+    m_memory.forget();
+    EXPECT_EQ(TestSupport::imageOf(*rows), before);
+}
+
+TEST_F(SurroundingsMemory, TakesItsRowsAgainWhenNobodyHasThem)
+{
+    m_memory.follow(number, {0, 0, 8, 8});
+    learn({0, 0, 8, 8}, 5);
+    const auto* const first = m_memory.recalled({0, 0, 2, 2}).get();
+    EXPECT_EQ(m_memory.recalled({1, 1, 2, 2}).get(), first);
 }
 
 // What was found to be kept is not looked at again.

@@ -272,7 +272,7 @@ void CaptureSession::answer(std::uint32_t windowNumber, std::span<Captured> answ
         if (target.piece.area.isEmpty())
             target.grid.fill(*m_layout, {}, answers[i].image);
         else if (target.piece.isKnown)
-            recall(target, answers[i].image);
+            recall(target, answers[i]);
         else if (readsScreen())
             answerFromScreen(windowNumber, target, answers[i]);
         else
@@ -281,17 +281,22 @@ void CaptureSession::answer(std::uint32_t windowNumber, std::span<Captured> answ
 }
 
 // Mostly the picture is what is remembered, without a step in between.
-void CaptureSession::recall(const Target& target, Image& image)
+void CaptureSession::recall(const Target& target, Captured& answer)
 {
     const auto& area = target.piece.area;
     if (target.grid.isWholeArea(*m_layout)) {
-        image.resize(area.width, area.height);
-        m_truth.recall(area, image.pixels());
+        if (answer.mayBeRows) {
+            answer.image.resize(0, 0);
+            answer.rows = m_truth.recalled(area);
+            return;
+        }
+        answer.image.resize(area.width, area.height);
+        m_truth.recall(area, answer.image.pixels());
         return;
     }
     m_recalled.resize(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height));
     m_truth.recall(area, m_recalled);
-    target.grid.fill(*m_layout, m_recalled, image);
+    target.grid.fill(*m_layout, m_recalled, answer.image);
 }
 
 void CaptureSession::answerFromScreen(std::uint32_t windowNumber, const Target& target, Captured& answer)

@@ -75,7 +75,7 @@ private:
     template <typename Predicate> bool isTrueOfAPiece(Predicate&& isTrue);
     void learnUpcoming();
     void answer(std::uint32_t windowNumber, std::span<Captured> answers);
-    void recall(const Target&, Image&);
+    void recall(const Target&, Captured&);
     void answerFromScreen(std::uint32_t windowNumber, const Target&, Captured&);
 
     CaptureServer& m_server;

@@ -35,6 +35,7 @@ public:
     // are learned.
     bool isKnown(const DeviceRect& area, const Region& covered);
     void recall(const DeviceRect& area, std::span<std::uint32_t> picture) const { m_surroundings.recall(area, picture); }
+    std::shared_ptr<const PixelRows> recalled(const DeviceRect& area) { return m_surroundings.recalled(area); }
     // Keeps for recall() what was merged for `area`.
     void keep(std::uint32_t windowNumber, const DeviceRect& area);
 

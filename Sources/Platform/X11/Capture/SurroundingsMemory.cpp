@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "Platform/X11/Capture/PixelColours.h"
 
@@ -26,26 +27,62 @@ std::size_t wrapped(int value, int length)
     return static_cast<std::size_t>(rest < 0 ? rest + length : rest);
 }
 
-}  // namespace
-
 // Calls for runs of pixels that follow each other both in the part, row by row, and in the
-// memory: with the number of the first in the part, its place in the memory, and how many
-// they are. The part lies in the window.
-template <typename Use> void SurroundingsMemory::forEachRun(const DeviceRect& part, Use&& use) const
+// memory of the window: with the number of the first in the part, its place in the memory,
+// and how many they are. The part lies in the window.
+template <typename Use> void forEachRunOf(const DeviceRect& window, const DeviceRect& part, Use&& use)
 {
     if (part.isEmpty())
         return;
-    const auto width = static_cast<std::size_t>(m_window.width);
+    const auto width = static_cast<std::size_t>(window.width);
     const auto length = static_cast<std::size_t>(part.width);
     std::size_t number = 0;
     for (int y = part.y; y < part.bottom(); ++y, number += length) {
-        const auto row = wrapped(y, m_window.height) * width;
-        const auto column = wrapped(part.x, m_window.width);
+        const auto row = wrapped(y, window.height) * width;
+        const auto column = wrapped(part.x, window.width);
         const auto untilEdge = std::min(length, width - column);
         use(number, row + column, untilEdge);
         if (untilEdge < length)
             use(number + untilEdge, row, length - untilEdge);
     }
+}
+
+}  // namespace
+
+class SurroundingsMemory::Rows final : public PixelRows {
+public:
+    void show(std::shared_ptr<const std::vector<std::uint32_t>> answers, const DeviceRect& window, const DeviceRect& area)
+    {
+        m_answers = std::move(answers);
+        m_window = window;
+        m_area = area;
+    }
+
+    int width() const override { return m_area.width; }
+    int height() const override { return m_area.height; }
+    std::span<const std::uint32_t> row(int y, std::span<std::uint32_t> scratch) const override
+    {
+        const auto length = static_cast<std::size_t>(m_area.width);
+        auto found = std::span<const std::uint32_t>(scratch).first(length);
+        forEachRunOf(m_window, {m_area.x, m_area.y + y, m_area.width, 1}, [&](std::size_t number, std::size_t place, std::size_t count) {
+            const auto* const from = m_answers->data() + place;
+            if (count == length)
+                found = {from, count};
+            else
+                std::copy_n(from, count, &scratch[number]);
+        });
+        return found;
+    }
+
+private:
+    std::shared_ptr<const std::vector<std::uint32_t>> m_answers;
+    DeviceRect m_window;
+    DeviceRect m_area;
+};
+
+template <typename Use> void SurroundingsMemory::forEachRun(const DeviceRect& part, Use&& use) const
+{
+    forEachRunOf(m_window, part, std::forward<Use>(use));
 }
 
 void SurroundingsMemory::follow(std::uint32_t windowNumber, const DeviceRect& area)
@@ -81,7 +118,7 @@ void SurroundingsMemory::growTo(const DeviceRect& window)
     m_window = window;
     m_composed.assign(static_cast<std::size_t>(window.width) * static_cast<std::size_t>(window.height), unknown);
     m_screen.resize(m_composed.size());
-    m_answers.resize(m_composed.size());
+    m_answers = std::make_shared<std::vector<std::uint32_t>>(m_composed.size());
     m_isKept.assign(m_composed.size(), 0);
     m_keptArea = {};
     forEachRun(kept, [&](std::size_t number, std::size_t place, std::size_t count) {
@@ -111,7 +148,7 @@ void SurroundingsMemory::learn(const DeviceRect& part, std::span<const std::uint
     forEachRun(part, [&](std::size_t number, std::size_t place, std::size_t count) {
         takeColours(composed.subspan(number, count), &m_composed[place]);
         takeColours(screen.subspan(number, count), &m_screen[place]);
-        std::copy_n(&m_screen[place], count, &m_answers[place]);
+        std::transform(&m_screen[place], &m_screen[place] + count, m_answers->data() + place, opaqueOf);
         std::fill_n(&m_isKept[place], count, std::uint8_t{1});
     });
 }
@@ -141,7 +178,7 @@ void SurroundingsMemory::keep(const DeviceRect& area, std::span<const std::uint3
     if (!encloses(m_window, area))
         return;
     forEachRun(area, [&](std::size_t number, std::size_t place, std::size_t count) {
-        std::copy_n(&picture[number], count, &m_answers[place]);
+        std::transform(&picture[number], &picture[number] + count, m_answers->data() + place, opaqueOf);
         std::fill_n(&m_isKept[place], count, std::uint8_t{1});
     });
 }
@@ -164,9 +201,17 @@ bool SurroundingsMemory::isKept(const DeviceRect& area)
 
 void SurroundingsMemory::recall(const DeviceRect& area, std::span<std::uint32_t> picture) const
 {
-    forEachRun(area, [&](std::size_t number, std::size_t place, std::size_t count) {
-        std::transform(&m_answers[place], &m_answers[place] + count, &picture[number], opaqueOf);
-    });
+    forEachRun(
+        area, [&](std::size_t number, std::size_t place, std::size_t count) { std::copy_n(m_answers->data() + place, count, &picture[number]); });
+}
+
+std::shared_ptr<const PixelRows> SurroundingsMemory::recalled(const DeviceRect& area)
+{
+    // Whoever still has the former ones may read them on.
+    if (m_rows.use_count() != 1)
+        m_rows = std::make_shared<Rows>();
+    m_rows->show(m_answers, m_window, area);
+    return m_rows;
 }
 
 void SurroundingsMemory::drop(const DeviceRect& area)
@@ -187,7 +232,7 @@ void SurroundingsMemory::forget()
     m_window = {};
     m_composed.clear();
     m_screen.clear();
-    m_answers.clear();
+    m_answers.reset();
     m_isKept.clear();
     m_keptArea = {};
 }

@@ -6,9 +6,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
+#include "Platform/PixelRows.h"
 #include "Platform/X11/Capture/Region.h"
 
 namespace Platform::X11 {
@@ -32,12 +34,16 @@ public:
     void keep(const DeviceRect& area, std::span<const std::uint32_t> picture);
     bool isKept(const DeviceRect& area);
     void recall(const DeviceRect& area, std::span<std::uint32_t> picture) const;
+    // The same where it lies, until something is learned or kept. Outlives this.
+    std::shared_ptr<const PixelRows> recalled(const DeviceRect& area);
     void drop(const DeviceRect& area);
     void dropAll();
 
     void forget();
 
 private:
+    class Rows;
+
     static constexpr std::uint32_t unknown = 0xff000000;  // is no composed value
 
     void makeRoom(const DeviceRect& area);
@@ -50,7 +56,8 @@ private:
     // The screen's pixel (x, y) at (x mod width, y mod height).
     std::vector<std::uint32_t> m_composed;
     std::vector<std::uint32_t> m_screen;
-    std::vector<std::uint32_t> m_answers;
+    std::shared_ptr<std::vector<std::uint32_t>> m_answers;  // 0xffRRGGBB
+    std::shared_ptr<Rows> m_rows;
     std::vector<std::uint8_t> m_isKept;  // 1 where the answer holds
     DeviceRect m_keptArea;               // as it does in all of this, which isKept() found last
     Region m_entered;
