@@ -107,6 +107,22 @@ TEST_F(QuickTurnsTest, LetQtsTimersFireInTime)
     EXPECT_GE(firings, due * 3 / 4);
 }
 
+// GLib puts off the rest of a turn for a loop that runs inside it.
+TEST_F(QuickTurnsTest, LetQtHaveTurnsThoughEachTickTakesLongerThanItMay)
+{
+    int firings = 0;
+    QTimer qtTimer;
+    QObject::connect(&qtTimer, &QTimer::timeout, [&firings] { ++firings; });
+    qtTimer.start(1);
+    const auto timer = loop.repeatingTimer(tick, [&, rest = 40]() mutable {
+        std::this_thread::sleep_for(tick * 3 / 2);
+        if (--rest == 0)
+            end();
+    });
+    run();
+    EXPECT_GE(firings, 10);
+}
+
 TEST_F(QuickTurnsTest, LetATimerOfQtsFireThatACallbackStarts)
 {
     const auto timer = loop.repeatingTimer(tick, [&, isFirst = true]() mutable {
@@ -205,14 +221,14 @@ TEST_F(QuickTurnsTest, RunTasksThatPostThemselvesWithoutWaitingForATick)
         else
             loop.post([&] { again(); });
     };
-    const auto timer = loop.repeatingTimer(1s, [&, isFirst = true]() mutable {
-        if (std::exchange(isFirst, false))
-            again();
+    steady_clock::time_point start;
+    const auto timer = loop.repeatingTimer(1s, [&] {
+        start = steady_clock::now();
+        again();
     });
-    const auto start = steady_clock::now();
     run();
     EXPECT_EQ(runs, 20);
-    EXPECT_LT(steady_clock::now() - start, 1900ms);
+    EXPECT_LT(steady_clock::now() - start, 150ms);
 }
 
 // Of two that can be read at once the one ends the other, which never hears of it.

@@ -1,5 +1,6 @@
 // How implementations of the seam hear of input: a callback on the main thread each
-// time a file descriptor can be read. Main thread only.
+// time a file descriptor can be read. There may be nothing any more: reading must not
+// block. Main thread only.
 #pragma once
 
 #include <functional>

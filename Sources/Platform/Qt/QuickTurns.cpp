@@ -78,7 +78,9 @@ struct QuickTurns::State {
     std::function<void()> aboutToWait;
     int hurries = 0;
     bool isGlib = false;
-    bool qtWaits = false;  // in its present turn, rather than only look for input
+    bool qtWaits = false;    // in its present turn, rather than only look for input
+    bool isQtsTurn = false;  // all of it
+    bool isNextTurnQts = false;
     std::array<QMetaObject::Connection, 2> connections;
 
     std::shared_ptr<const Watch> watchOf(int fileDescriptor) const
@@ -88,25 +90,29 @@ struct QuickTurns::State {
         return found == watches.end() ? nullptr : *found;
     }
 
-    bool mayStay() const { return isGlib && hurries > 0 && qtWaits; }
+    bool mayStay() const { return isGlib && hurries > 0 && qtWaits && !isQtsTurn && !isNextTurnQts; }
 
     // Instead of Qt's next turns. A callback may run a loop of its own, which ends this.
+    // Asking makes GLib put off what this turn had still to do. So when there is anything
+    // for Qt, its next turn is all its own: however busy we are, it has every other one.
     void stay()
     {
         if (!mayStay())
             return;
         QtWait qt;
-        for (bool isOurs = qt.ask(); isOurs && mayStay();) {
+        isNextTurnQts = !qt.ask();
+        while (mayStay()) {
             aboutToWait();
-            isOurs = serve(qt.wait());
+            if (!serve(qt.wait()))
+                return;
         }
     }
 
-    // False when there is something for Qt, which then comes first.
-    bool serve(std::span<const GPollFD> ready) const
+    // False when it is Qt's turn.
+    bool serve(std::span<const GPollFD> ready)
     {
-        const bool areOurs = std::all_of(ready.begin(), ready.end(), [this](const GPollFD& one) { return watchOf(one.fd) != nullptr; });
-        if (ready.empty() || !areOurs)
+        isNextTurnQts = !std::all_of(ready.begin(), ready.end(), [this](const GPollFD& one) { return watchOf(one.fd) != nullptr; });
+        if (isNextTurnQts || ready.empty())
             return false;
         for (const auto& one : ready) {
             // Another's callback may have ended it.
@@ -122,15 +128,20 @@ QuickTurns::QuickTurns(std::function<void()> aboutToWait) : m_state(std::make_sh
     m_state->aboutToWait = std::move(aboutToWait);
     auto* const dispatcher = QAbstractEventDispatcher::instance();
     m_state->isGlib = dispatcher->inherits("QEventDispatcherGlib");
-    // Each turn begins with the one when Qt may wait, else with the other; the other ends it.
-    const auto turn = [state = m_state.get()](bool waits) {
-        return [state, waits] {
-            state->qtWaits = waits;
-            state->aboutToWait();
-        };
+    // A turn in which Qt may wait begins with the one and ends with the other; one in which
+    // it does not begins with the other.
+    auto* const state = m_state.get();
+    const auto turnThatWaits = [state] {
+        state->qtWaits = true;
+        state->isQtsTurn = std::exchange(state->isNextTurnQts, false);
+        state->aboutToWait();
     };
-    m_state->connections = {QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, turn(true)),
-        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, turn(false))};
+    const auto otherwise = [state] {
+        state->qtWaits = false;
+        state->aboutToWait();
+    };
+    m_state->connections = {QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, turnThatWaits),
+        QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, otherwise)};
 }
 
 QuickTurns::~QuickTurns()

@@ -14,17 +14,18 @@ namespace Platform {
 
 class QuickTurns {
 public:
-    // `aboutToWait` is called before each wait, and before each look for input.
+    // `aboutToWait` is called before each wait of the thread's.
     explicit QuickTurns(std::function<void()> aboutToWait);
     ~QuickTurns();
     QuickTurns(const QuickTurns&) = delete;
     QuickTurns& operator=(const QuickTurns&) = delete;
 
-    // Calls back whenever the file descriptor can be read.
+    // Calls back whenever the file descriptor can be read, and now and then when it no
+    // longer can: reading must not block.
     Token watch(int fileDescriptor, std::function<void()> readable);
 
-    // Turns are quick as long as there is such a token. A timer of Qt's that a callback
-    // starts meanwhile may be late by 50 ms.
+    // Turns are quick as long as there is such a token. A timer of Qt's or a source of
+    // GLib's that a callback starts meanwhile may be late by 50 ms.
     Token hurry();
 
 private:

@@ -83,7 +83,7 @@ TEST_F(OutlinedOverlay, PresentsWithoutAnAllocationAndWithoutWaitingForTheServer
 {
     const auto overlay = makeDisc(200, 100);
     moveTo(*overlay, 201, 100);
-    requests->waitForServer();  // as whoever asks for the pointer does between two pictures
+    requests->waitForServer();  // as it does for the pointer between two ticks
     holdServer();
     auto presenting = std::async(std::launch::async, [&] {
         const auto before = CaptureTests::allocationCount();

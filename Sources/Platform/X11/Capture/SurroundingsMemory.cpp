@@ -119,6 +119,7 @@ void SurroundingsMemory::growTo(const DeviceRect& window)
     m_composed.assign(static_cast<std::size_t>(window.width) * static_cast<std::size_t>(window.height), unknown);
     m_screen.resize(m_composed.size());
     m_answers = std::make_shared<std::vector<std::uint32_t>>(m_composed.size());
+    m_rows.reset();
     m_isKept.assign(m_composed.size(), 0);
     m_keptArea = {};
     forEachRun(kept, [&](std::size_t number, std::size_t place, std::size_t count) {
@@ -233,6 +234,7 @@ void SurroundingsMemory::forget()
     m_composed.clear();
     m_screen.clear();
     m_answers.reset();
+    m_rows.reset();
     m_isKept.clear();
     m_keptArea = {};
 }

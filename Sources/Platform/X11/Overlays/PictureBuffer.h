@@ -37,7 +37,7 @@ private:
     Connection& m_connection;
     bool m_isShareable = true;
     // One picture's, not two in turns: what the processors' caches hold of it is worth more
-    // than a wait that hardly ever comes (400 x 428 pixels under a compositor: 6 % of a tick).
+    // than a wait that comes only where a capture takes longer than a tick.
     std::unique_ptr<SharedMemory> m_shared;
     std::size_t m_capacity = 0;              // in pixels
     std::optional<xcb_void_cookie_t> m_put;  // any later answer of the server tells that it is done
