@@ -53,7 +53,7 @@ protected:
         auto& entry = m_entries.back();
         entry.upcoming = frame;
         m_stack.set(m_entries);
-        const auto answer = answerAt(x, y);
+        auto answer = answerAt(x, y);
         if (isNew) {
             m_window = m_desktop.makeMappedWindow({.inner = frame, .colour = overlayColour});
             entry.pictures = {{m_window, frame}};
