@@ -171,6 +171,34 @@ TEST(JsonUserDefaults, ReadsAFileThatChangedAMomentAgoAgain)
     EXPECT_GE(readCalls() - before, 10);
 }
 
+// In chunks: what is compared may be longer than one.
+TEST(JsonUserDefaults, SeesChangesInPlaceOfALargeFileWithinOneTickOfTheClock)
+{
+    const SettingsFolder settings;
+    JsonUserDefaults defaults(settings.file);
+    const std::string filling(40000, 'x');
+    for (int round = 0; round < 100; ++round) {
+        writeText(settings.file, R"({"a": ")" + filling + R"(", "n": 1})");
+        ASSERT_EQ(defaults.object("n"), DefaultsValue(std::int64_t{1}));
+        writeText(settings.file, R"({"a": ")" + filling + R"(", "n": 2})");
+        ASSERT_EQ(defaults.object("n"), DefaultsValue(std::int64_t{2}));
+    }
+}
+
+// A freed inode may be the new file's.
+TEST(JsonUserDefaults, SeesFilesThatReplaceEachOtherWithinOneTickOfTheClock)
+{
+    const SettingsFolder settings;
+    JsonUserDefaults defaults(settings.file);
+    for (int round = 0; round < 300; ++round) {
+        for (const int value : {1, 2}) {
+            std::filesystem::remove(settings.file);
+            writeText(settings.file, "{\"n\": " + std::to_string(value) + "}");
+            ASSERT_EQ(defaults.object("n"), DefaultsValue(std::int64_t{value}));
+        }
+    }
+}
+
 TEST(JsonUserDefaults, DoesNotReadASettledFileAgain)
 {
     const SettingsFolder settings;

@@ -89,17 +89,35 @@ bool isSettled(const FileSignature& signature)
 FileContents readFile(const std::filesystem::path& path)
 {
     FileContents contents;
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    contents.file = FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status = {};
-    if (!file || fstat(file.get(), &status) != 0) {
+    if (!contents.file || fstat(contents.file.get(), &status) != 0) {
         contents.error = lastError();
         if (contents.error == std::errc::not_a_directory)
             contents.error = std::make_error_code(std::errc::no_such_file_or_directory);
         return contents;
     }
     contents.signature = signatureOf(status);
-    contents.error = S_ISREG(status.st_mode) ? readAll(file.get(), contents.text) : std::make_error_code(std::errc::invalid_argument);
+    contents.error = S_ISREG(status.st_mode) ? readAll(contents.file.get(), contents.text) : std::make_error_code(std::errc::invalid_argument);
     return contents;
+}
+
+bool isUnchanged(const FileContents& contents)
+{
+    std::array<char, 16384> block{};
+    std::string_view expected = contents.text;
+    off_t position = 0;
+    for (;;) {
+        const ssize_t length = pread(contents.file.get(), block.data(), block.size(), position);
+        if (length == 0)
+            return expected.empty();
+        if (length < 0 && errno == EINTR)
+            continue;
+        if (length < 0 || !expected.starts_with(std::string_view(block.data(), static_cast<std::size_t>(length))))
+            return false;
+        expected.remove_prefix(static_cast<std::size_t>(length));
+        position += length;
+    }
 }
 
 std::filesystem::path targetOf(const std::filesystem::path& path)

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "Platform/Freedesktop/FileDescriptor.h"
+
 namespace Platform::Freedesktop {
 
 // Tells two states of a file apart without reading it. All zero: there is no file.
@@ -33,11 +35,15 @@ bool isSettled(const FileSignature&);
 struct FileContents {
     std::string text;
     FileSignature signature;
+    FileDescriptor file;    // open for reading: as long as it is, no new file gets the inode
     std::error_code error;  // no_such_file_or_directory: there is no file
 };
 
 // Regular files only; never blocks on a pipe.
 FileContents readFile(const std::filesystem::path&);
+
+// Whether the file still has the contents that were read from it. Allocates nothing.
+bool isUnchanged(const FileContents&);
 
 // Where writing to this path really goes: follows symbolic links of the last component,
 // also to a file that does not exist.

@@ -66,9 +66,24 @@ std::map<std::string, DefaultsValue> JsonUserDefaults::dictionaryRepresentation(
 
 const DefaultsValues& JsonUserDefaults::values()
 {
-    if (!m_isSettled || signatureOf(m_file) != m_signature)
+    if (mustReadAgain())
         readAgain();
     return m_values;
+}
+
+bool JsonUserDefaults::mustReadAgain()
+{
+    if (m_signature != signatureOf(m_file))
+        return true;
+    if (!m_unsettled)
+        return false;
+    // Before the comparison: a change after it will have another signature then.
+    const bool isSettledNow = isSettled(*m_signature);
+    if (!isUnchanged(*m_unsettled))
+        return true;
+    if (isSettledNow)
+        m_unsettled.reset();
+    return false;
 }
 
 void JsonUserDefaults::readAgain()
@@ -78,13 +93,17 @@ void JsonUserDefaults::readAgain()
     const bool isUnreadable = contents.error && !isAbsent(contents);
     if (!document && !isUnreadable)
         document = readCorruptFile(contents);
-    m_signature = contents.signature;
-    m_isSettled = isAbsent(contents) || (!contents.error && isSettled(contents.signature));
     m_values = valuesOf(document.value_or(nlohmann::json::object()));
+    m_signature.reset();
+    m_unsettled.reset();
+    if (!contents.error || isAbsent(contents))
+        m_signature = contents.signature;
     if (isUnreadable)
         complainOnce("cannot read " + m_file.string() + ": " + contents.error.message() + "; the defaults apply");
     if (document)
         m_lastComplaint.clear();
+    if (!contents.error && !isSettled(contents.signature))
+        m_unsettled = std::move(contents);
 }
 
 // Under the lock, so that two processes do not both keep a copy; one of them may have
@@ -139,7 +158,7 @@ std::string JsonUserDefaults::store(const std::function<void(nlohmann::json&)>& 
     auto changed = document.value_or(nlohmann::json::object());
     change(changed);
     const auto text = textOf(changed);
-    m_isSettled = false;
+    m_signature.reset();
     const auto error = text == contents.text ? std::error_code() : replaceFile(target, text);
     return error ? "cannot write " + target.string() + ": " + error.message() : std::string();
 }

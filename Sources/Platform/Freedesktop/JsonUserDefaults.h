@@ -1,7 +1,9 @@
 // The user's settings: one JSON file, shared with every other process that writes it by
 // the same rules. Main thread only; no thread, timer or file watch of its own.
 //
-// Reading costs one stat(); the file is parsed again only when that tells of a change.
+// Reading costs one stat(); the file is parsed again only when that tells of a change. Of
+// a file that changed a moment ago stat() may not tell the next change: its text is
+// compared, too. Neither allocates memory.
 // Writing reads the file afresh, changes the one key and replaces the file as a whole,
 // all under a lock beside it ("defaults.json.lock"), so that processes writing at once
 // lose nothing and a process killed at any moment leaves a readable file. The path may
@@ -45,6 +47,7 @@ public:
 
 private:
     const DefaultsValues& values();
+    bool mustReadAgain();
     void readAgain();
     std::optional<nlohmann::json> readCorruptFile(FileContents&);
     void complainOfCorruption(const std::optional<std::filesystem::path>& copy);
@@ -58,8 +61,8 @@ private:
     std::chrono::milliseconds m_lockWait;
     bool m_isLockStuck = false;
     DefaultsValues m_values;
-    FileSignature m_signature;
-    bool m_isSettled = false;
+    std::optional<FileSignature> m_signature;  // none: to be read again
+    std::optional<FileContents> m_unsettled;   // what was read, while the signature does not tell all
     std::string m_lastComplaint;  // about reading
 };
 
