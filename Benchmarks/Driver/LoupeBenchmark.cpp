@@ -173,35 +173,45 @@ Report::Row rowOf(const MagnifierFigures& figures, const LoupeFigures& all)
         hasLags ? format(percentile(figures.lags, 0.95), 1) : "none seen"};
 }
 
+using Costs = std::vector<Cost>;
+
 // What a picture of the one costs of one of the other: the median of the rounds, each of
-// which measures both within a minute or two.
-double ratioOf(const MagnifierFigures& one, const MagnifierFigures& other, const LoupeFigures& all)
+// which measures both within a minute or two. At rest, where pictures cannot be told from
+// each other, each is taken to show as many as while the pointer moves.
+double ratioOf(const MagnifierFigures& one, const MagnifierFigures& other, Costs MagnifierFigures::*costs, const Costs& without)
 {
     std::vector<double> ratios;
-    for (std::size_t round = 0; round < all.circling.size(); ++round) {
+    for (std::size_t round = 0; round < without.size(); ++round) {
         const auto perPicture = [&](const MagnifierFigures& figures) {
-            return (figures.moving[round].clientAndServer() - all.circling[round].clientAndServer()) / figures.picturesPerSecond;
+            return ((figures.*costs)[round].clientAndServer() - without[round].clientAndServer()) / figures.picturesPerSecond;
         };
         ratios.push_back(perPicture(one) / perPicture(other));
     }
     return median(ratios);
 }
 
-// The dearest loupe against each of the others, picture for picture.
+// The cheapest and the dearest loupe against one of the others, picture for picture.
+void reportRatios(Report& report, const LoupeFigures& figures, const MagnifierFigures& other, Costs MagnifierFigures::*costs, const Costs& without,
+    const std::string& when)
+{
+    std::vector<double> ratios;
+    for (const auto& loupe : figures.loupes) {
+        if (loupe.picturesPerSecond > 0 && other.picturesPerSecond > 0)
+            ratios.push_back(ratioOf(loupe, other, costs, without));
+    }
+    if (ratios.empty())
+        return;
+    const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
+    report.paragraph("While the pointer " + when + ", a picture of the loupe costs " + format(*least, 2) + " to " + format(*most, 2) +
+        " times one of " + other.name + " (medians of single rounds), target " + againstTarget(*most, 1, 0) + ".");
+}
+
 void reportRatios(Report& report, const LoupeFigures& figures)
 {
-    for (const auto& other : figures.others) {
-        std::vector<double> ratios;
-        for (const auto& loupe : figures.loupes) {
-            if (loupe.picturesPerSecond > 0 && other.picturesPerSecond > 0)
-                ratios.push_back(ratioOf(loupe, other, figures));
-        }
-        if (ratios.empty())
-            continue;
-        const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
-        report.paragraph("A picture of the loupe costs " + format(*least, 2) + " to " + format(*most, 2) + " times one of " + other.name +
-            " (medians of single rounds), target " + againstTarget(*most, 1, 0) + ".");
-    }
+    for (const auto& other : figures.others)
+        reportRatios(report, figures, other, &MagnifierFigures::moving, figures.circling, "circles");
+    for (const auto& other : figures.others)
+        reportRatios(report, figures, other, &MagnifierFigures::still, figures.resting, "rests");
 }
 
 }  // namespace

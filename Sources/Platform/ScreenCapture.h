@@ -21,16 +21,20 @@ enum class CaptureTruth {
     none,       // no capture: not permitted, not possible; the image is empty
     exact,      // every pixel is what lies beneath now
     recovered,  // some pixels are the last ones seen before an overlay covered them
-    still,      // nothing new since the last answer; the picture is the same
+    still,      // nothing new since the last answer: image and rows are left as they were then
 };
 
 struct Captured {
     Image image;
     // Where the caller allows it, the picture may come as rows instead, and the image be
-    // empty. They show it until the next capture below the same overlay; until then only
-    // the thread that asked may read them.
+    // empty. They show it until the next capture below the same overlay that has something
+    // new; until then only the thread that asked may read them.
     bool mayBeRows = false;
     std::shared_ptr<const PixelRows> rows;
+    // Whether the caller has kept the last answers below this overlay, if only it knows to
+    // what it asked: where those would come again, they need not. All answers of a request
+    // are still, or none.
+    bool mayBeStill = false;
     CaptureTruth truth = CaptureTruth::none;
 };
 

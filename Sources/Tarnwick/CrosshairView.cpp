@@ -1,5 +1,6 @@
 #include "Tarnwick/CrosshairView.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -11,6 +12,11 @@ namespace {
 
 // Black at 85 %.
 constexpr std::uint32_t fallbackColour = 0xD9000000;
+
+bool areStill(const Strips& strips)
+{
+    return std::all_of(strips.begin(), strips.end(), [](const auto& strip) { return strip.truth == Platform::CaptureTruth::still; });
+}
 
 }  // namespace
 
@@ -26,9 +32,13 @@ struct StripCaptureJob {
 
     void operator()()
     {
-        screenCapture.windowsBelow(windowNumber, Platform::CaptureResolution::nominal, rectangles, strips);
         for (auto& strip : strips)
-            invertColours(strip.image);
+            strip.mayBeStill = true;
+        screenCapture.windowsBelow(windowNumber, Platform::CaptureResolution::nominal, rectangles, strips);
+        for (auto& strip : strips) {
+            if (strip.truth != Platform::CaptureTruth::still)
+                invertColours(strip.image);
+        }
         mainLoop.post([weakView = std::move(view), results = std::move(strips)]() mutable {
             if (const auto strongView = weakView.lock())
                 strongView->store(std::move(results));
@@ -106,11 +116,18 @@ std::array<Platform::Rect, 2> CrosshairView::stripRectangles() const
 
 void CrosshairView::store(Strips strips)
 {
-    m_spareStrips = std::exchange(m_strips, std::move(strips));
+    const bool hasNews = !areStill(strips);
+    m_spareStrips = hasNews ? std::exchange(m_strips, std::move(strips)) : std::move(strips);
     m_captureInFlight = false;
-    m_hasUndrawnStrips = true;
+    m_hasUndrawnStrips = m_hasUndrawnStrips || hasNews;
+    // A crosshair that rests over a picture that rests costs no drawing.
+    const bool isShownAlready = !m_hasUndrawnStrips && m_window != nullptr && m_shown == shownNow();
+    if (isShownAlready)
+        return;
     setNeedsDisplay();
 }
+
+CrosshairView::Shown CrosshairView::shownNow() const { return {m_mouse, m_window->frame()}; }
 
 void CrosshairView::displayUnlessStoreStepWill()
 {
@@ -123,6 +140,7 @@ void CrosshairView::displayUnlessStoreStepWill()
     const bool storeStepWillDisplay = m_captureInFlight && !m_requestDropped && !m_hasUndrawnStrips;
     if (storeStepWillDisplay || m_window == nullptr)
         return;
+    m_shown = shownNow();
     m_hasUndrawnStrips = false;
     m_window->present(draw().pictures());
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "Platform/MainLoop.h"
@@ -59,11 +60,20 @@ public:
 private:
     friend struct StripCaptureJob;
 
+    // All that a drawing depends on besides the strips' pixels.
+    struct Shown {
+        Platform::Point mouse;
+        Platform::Rect frame;
+
+        friend bool operator==(const Shown&, const Shown&) = default;
+    };
+
     static const Platform::Image* imageOf(const Platform::Captured&);
 
     Platform::Size bounds() const;
     std::array<Platform::Rect, 2> stripRectangles() const;
     void store(Strips strips);
+    Shown shownNow() const;
     void displayUnlessStoreStepWill();
 
     Platform::MainLoop& m_mainLoop;
@@ -79,6 +89,7 @@ private:
     Strips m_spareStrips;  // with the job while a capture is in flight
     bool m_requestDropped = false;
     bool m_hasUndrawnStrips = false;
+    std::optional<Shown> m_shown;
     bool m_displayPosted = false;
 };
 

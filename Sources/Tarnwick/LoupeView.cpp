@@ -21,6 +21,7 @@ LoupeView::LoupeView(
     : m_mainLoop(mainLoop), m_screens(screens), m_screenCapture(screenCapture), m_picture(painter)
 {
     m_sample.mayBeRows = true;
+    m_sample.mayBeStill = true;
 }
 
 void LoupeView::refresh(Platform::Point sampledCenter, double sampleSide, std::int64_t excludingWindowNumber)
@@ -30,7 +31,8 @@ void LoupeView::refresh(Platform::Point sampledCenter, double sampleSide, std::i
     const auto window = windowIdentifier(excludingWindowNumber);
     const double reach = (sampleSide - 1) * 0.5;
     capture(window, {std::round(sampledCenter.x - reach), std::round(primaryHeight - sampledCenter.y - reach), sampleSide, sampleSide});
-    setNeedsDisplay();
+    if (!isShownAlready())
+        setNeedsDisplay();
 }
 
 void LoupeView::capture(std::uint32_t window, const Platform::Rect& square)
@@ -75,14 +77,20 @@ const Platform::PixelRows* LoupeView::sampledImage() const
     return m_sample.image.isEmpty() ? nullptr : &m_imageRows;
 }
 
+// A loupe that rests over a picture that rests costs no drawing.
+bool LoupeView::isShownAlready() const { return m_sample.truth == Platform::CaptureTruth::still && m_window != nullptr && m_shown == shownNow(); }
+
 void LoupeView::display()
 {
     m_displayPosted = false;
     if (m_window == nullptr)
         return;
+    m_shown = shownNow();
     const auto picture = draw();
     m_window->present(picture ? std::span(&*picture, 1) : std::span<const Platform::Picture>());
 }
+
+LoupeView::Shown LoupeView::shownNow() const { return {m_window->frame(), scale(), m_samplePart}; }
 
 double LoupeView::scale() const
 {

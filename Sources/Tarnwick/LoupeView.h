@@ -40,8 +40,19 @@ public:
     const Platform::PixelRows* sampledImage() const;
 
 private:
+    // All that a drawing depends on besides the sample's pixels.
+    struct Shown {
+        Platform::Rect frame;
+        double scale = 1;
+        Platform::Rect samplePart;
+
+        friend bool operator==(const Shown&, const Shown&) = default;
+    };
+
     void capture(std::uint32_t window, const Platform::Rect& square);
+    bool isShownAlready() const;
     void display();
+    Shown shownNow() const;
     double scale() const;
 
     Platform::MainLoop& m_mainLoop;
@@ -53,6 +64,7 @@ private:
     Platform::Captured m_sample;
     Platform::ImageRows m_imageRows{m_sample.image};
     Platform::Rect m_samplePart = LoupePicture::wholeSquare;
+    std::optional<Shown> m_shown;
     bool m_displayPosted = false;
 };
 

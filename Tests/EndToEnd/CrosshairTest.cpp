@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
+#include <thread>
+
+#include "EndToEnd/ColouredWindow.h"
 #include "EndToEnd/CrosshairScene.h"
 #include "EndToEnd/EveryWindowManager.h"
 #include "EndToEnd/ExpectedScreen.h"
@@ -35,6 +38,24 @@ TEST_P(CrosshairTest, KeepsEveryPictureRightWhileThePointerRests)
     const auto expected = withCrosshair(scene.beneath(), 700, 420);
     for (int picture = 0; picture < 50; ++picture)
         ASSERT_EQ(difference(expected, desktop.screenshot()), std::nullopt) << "picture " << picture;
+}
+
+TEST_P(CrosshairTest, ShowsWhatChangesBeneathItWhileItRests)
+{
+    ColouredWindow window(desktop, {600, 300, 200, 200}, 0x204060);
+    const auto with = [&](std::uint32_t colour) { return window.over(scene.beneath(), colour); };
+    desktop.pointer().moveTo(700, 400);
+    ASSERT_TRUE(scene.shows(with(0x204060)));
+    scene.pressShortcut();
+    ASSERT_TRUE(scene.shows(withCrosshair(with(0x204060), 700, 400)));
+    for (const std::uint32_t colour : {0xd08020U, 0x20d080U, 0xffffffU}) {
+        std::this_thread::sleep_for(longRest);
+        window.setColour(colour);
+        EXPECT_TRUE(scene.shows(withCrosshair(with(colour), 700, 400))) << std::hex << colour;
+    }
+    std::this_thread::sleep_for(longRest);
+    desktop.pointer().moveTo(690, 410);
+    EXPECT_TRUE(scene.shows(withCrosshair(with(0xffffff), 690, 410)));
 }
 
 TEST_P(CrosshairTest, FollowsThePointerIntoEveryCorner)

@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
-#include <algorithm>
+#include <thread>
 
+#include "EndToEnd/ColouredWindow.h"
 #include "EndToEnd/EveryWindowManager.h"
 #include "EndToEnd/ExpectedScreen.h"
 #include "EndToEnd/LoupeScene.h"
@@ -17,43 +18,6 @@ using Platform::X11::DeviceRect;
 using Events = std::vector<std::string>;
 
 namespace {
-
-// Another program's window of one colour, which it can change.
-class ColouredWindow {
-public:
-    ColouredWindow(Desktop& desktop, const DeviceRect& frame, std::uint32_t colour)
-        : m_connection(desktop.connection()), m_frame(frame), m_window(m_connection.newId())
-    {
-        const std::uint32_t values[] = {colour, 1};
-        xcb_create_window(m_connection, 0, m_window, m_connection.root(), static_cast<std::int16_t>(frame.x), static_cast<std::int16_t>(frame.y),
-            static_cast<std::uint16_t>(frame.width), static_cast<std::uint16_t>(frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, 0,
-            XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
-        xcb_map_window(m_connection, m_window);
-        m_connection.flush();
-    }
-
-    void setColour(std::uint32_t colour)
-    {
-        xcb_change_window_attributes(m_connection, m_window, XCB_CW_BACK_PIXEL, &colour);
-        xcb_clear_area(m_connection, 0, m_window, 0, 0, 0, 0);
-        m_connection.flush();
-    }
-
-    // The screen's picture with the window in that colour.
-    Image over(Image picture, std::uint32_t colour) const
-    {
-        for (int y = m_frame.y; y < m_frame.bottom(); ++y) {
-            const auto row = picture.pixels().begin() + std::ptrdiff_t{y} * picture.width();
-            std::fill(row + m_frame.x, row + m_frame.right(), 0xff000000 | colour);
-        }
-        return picture;
-    }
-
-private:
-    Platform::X11::Connection& m_connection;
-    const DeviceRect m_frame;
-    const xcb_window_t m_window;
-};
 
 auto windowManagersOfTheLoupe()
 {
@@ -140,9 +104,13 @@ TEST_P(LoupeTest, ShowsWhatChangesBeneathItWhileItRests)
     scene.pressShortcut();
     ASSERT_TRUE(scene.showsLoupeOver(with(0x204060), {.x = 700, .y = 400}));
     for (const std::uint32_t colour : {0xd08020U, 0x20d080U, 0x204060U, 0xffffffU}) {
+        std::this_thread::sleep_for(longRest);
         window.setColour(colour);
         EXPECT_TRUE(scene.showsLoupeOver(with(colour), {.x = 700, .y = 400})) << std::hex << colour;
     }
+    std::this_thread::sleep_for(longRest);
+    desktop.pointer().moveTo(690, 410);
+    EXPECT_TRUE(scene.showsLoupeOver(with(0xffffff), {.x = 690, .y = 410}));
 }
 
 TEST_P(LoupeTest, LeavesAWindowWholeThatIsPaintedOnlyOnce)

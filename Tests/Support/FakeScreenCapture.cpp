@@ -68,6 +68,11 @@ void FakeScreenCapture::windowsBelow(std::uint32_t windowNumber, Platform::Captu
         m_log.add("screenCapture.windowsBelow " + std::to_string(windowNumber) + name);
         m_requests.push_back({windowNumber, resolution, {rectangles.begin(), rectangles.end()}});
     }
+    if (m_isStill && std::all_of(answers.begin(), answers.end(), [](const auto& answer) { return answer.mayBeStill; })) {
+        for (auto& answer : answers)
+            answer.truth = Platform::CaptureTruth::still;
+        return;
+    }
     for (std::size_t i = 0; i < rectangles.size(); ++i) {
         answers[i].rows.reset();
         answer(rectangles[i], answers[i]);

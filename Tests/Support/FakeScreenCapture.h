@@ -32,6 +32,9 @@ public:
     // As rows where the caller allows that; at first it is images always.
     void setAnswersInRows(bool areRows) { m_areRows = areRows; }
 
+    // Nothing is new to callers who allow that answer.
+    void setStill(bool isStill) { m_isStill = isStill; }
+
     const std::vector<Request>& requests() const { return m_requests; }
 
     void windowsBelow(std::uint32_t windowNumber, Platform::CaptureResolution, std::span<const Platform::Rect> rectangles,
@@ -45,6 +48,7 @@ private:
     std::vector<std::pair<Platform::Rect, std::optional<Platform::Image>>> m_answers;
     std::vector<Request> m_requests;
     bool m_areRows = false;
+    bool m_isStill = false;
 };
 
 }  // namespace TestSupport

@@ -118,5 +118,76 @@ TEST_F(CrosshairViewDisplay, ShowsTheDarkLinesAfterACaptureThatWasRefused)
     EXPECT_EQ(shown().pictures()[0].colour, 0xD9000000);
 }
 
+class StillCrosshairViewDisplay : public CrosshairViewFixture {
+protected:
+    StillCrosshairViewDisplay()
+    {
+        runTick({100, 200});
+        fake.screenCapture.setStill(true);
+    }
+
+    void runTick(Platform::Point mouse)
+    {
+        tick(mouse);
+        fake.mainLoop.runUntilIdle();
+        finishCapture();
+        fake.mainLoop.runUntilIdle();
+    }
+};
+
+TEST_F(StillCrosshairViewDisplay, PresentsNothingAgain)
+{
+    for (int i = 0; i < 10; ++i)
+        runTick({100, 200});
+    EXPECT_EQ(shown().presentCount(), 1);
+    EXPECT_FALSE(view->captureInFlight());
+}
+
+TEST_F(StillCrosshairViewDisplay, KeepsTheStripsThatItHas)
+{
+    const auto pixel = view->hStrip()->pixel(0, 0);
+    ASSERT_EQ(pixel, 0xFFFFFFFF);
+    for (int i = 0; i < 3; ++i)
+        runTick({100, 200});
+    ASSERT_NE(view->hStrip(), nullptr);
+    ASSERT_NE(view->vStrip(), nullptr);
+    EXPECT_EQ(view->hStrip()->pixel(0, 0), pixel);
+    EXPECT_EQ(view->vStrip()->pixel(0, 0), pixel);
+}
+
+TEST_F(StillCrosshairViewDisplay, PresentsWhatIsNew)
+{
+    runTick({100, 200});
+    fake.screenCapture.setStill(false);
+    fake.screenCapture.setColour(0xFF336699);
+    runTick({100, 200});
+    EXPECT_EQ(shown().presentCount(), 2);
+    EXPECT_EQ(view->hStrip()->pixel(0, 0), 0xFFCC9966);
+}
+
+// Half a point further lies on the same strip.
+TEST_F(StillCrosshairViewDisplay, MovesTheLinesWithinTheStrip)
+{
+    runTick({100.4, 200});
+    EXPECT_EQ(shown().presentCount(), 2);
+    EXPECT_EQ(shown().pictures()[1].rectangle, (Rect{99.9, 0, 1, 1080}));
+    runTick({100.4, 200});
+    EXPECT_EQ(shown().presentCount(), 2);
+}
+
+TEST_F(StillCrosshairViewDisplay, PresentsAgainInAFrameThatMoved)
+{
+    window->setFrame({10, 0, 1920, 1080});
+    runTick({100, 200});
+    EXPECT_EQ(shown().presentCount(), 2);
+}
+
+TEST_F(StillCrosshairViewDisplay, PresentsAgainWhereItIsTold)
+{
+    view->setNeedsDisplay();
+    fake.mainLoop.runUntilIdle();
+    EXPECT_EQ(shown().presentCount(), 2);
+}
+
 }  // namespace
 }  // namespace Tarnwick

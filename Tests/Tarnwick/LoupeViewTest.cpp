@@ -320,5 +320,57 @@ TEST_F(LoupeViewDrawing, ShowsAHugeSquareInItsPlace)
     EXPECT_EQ(drawn.pixel(144, 100), backdrop);
 }
 
+class StillLoupeViewDisplay : public LoupeViewTest {
+protected:
+    StillLoupeViewDisplay()
+    {
+        refreshAndRun();
+        fake.screenCapture.setStill(true);
+    }
+};
+
+TEST_F(StillLoupeViewDisplay, PresentsNothingAgain)
+{
+    for (int i = 0; i < 10; ++i)
+        refreshAndRun();
+    EXPECT_EQ(shown().presentCount(), 1);
+    EXPECT_NE(view->sampledImage(), nullptr);
+}
+
+TEST_F(StillLoupeViewDisplay, PresentsWhatIsNew)
+{
+    refreshAndRun();
+    fake.screenCapture.setStill(false);
+    fake.screenCapture.setColour(0xFF336699);
+    refreshAndRun();
+    EXPECT_EQ(shown().presentCount(), 2);
+    EXPECT_EQ(shownPixel(), 0xFF336699);
+}
+
+TEST_F(StillLoupeViewDisplay, PresentsTheSameInAnotherFrame)
+{
+    fake.screenCapture.setColour(0xFF336699);
+    window->setFrame({390, 163, 260, 288});
+    refreshAndRun();
+    EXPECT_EQ(shown().presentCount(), 2);
+    EXPECT_EQ(shownPixel(), 0xFF000000);
+    refreshAndRun();
+    EXPECT_EQ(shown().presentCount(), 2);
+}
+
+TEST_F(StillLoupeViewDisplay, PresentsTheSameAtAnotherScale)
+{
+    fake.screens.set({{"MAIN", {0, 0, 1512, 982}, 2}});
+    refreshAndRun();
+    EXPECT_EQ(shown().presentCount(), 2);
+}
+
+TEST_F(StillLoupeViewDisplay, PresentsAgainWhereItIsTold)
+{
+    view->setNeedsDisplay();
+    fake.mainLoop.runUntilIdle();
+    EXPECT_EQ(shown().presentCount(), 2);
+}
+
 }  // namespace
 }  // namespace Tarnwick

@@ -63,7 +63,7 @@ private:
     DefaultsValues m_values;
     std::optional<FileSignature> m_signature;  // none: to be read again
     std::optional<FileContents> m_unsettled;   // what was read, while the signature does not tell all
-    std::string m_lastComplaint;  // about reading
+    std::string m_lastComplaint;               // about reading
 };
 
 }  // namespace Platform::Freedesktop

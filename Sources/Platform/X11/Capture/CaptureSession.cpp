@@ -14,12 +14,17 @@ constexpr int mostAttempts = 3;
 constexpr int mostLearningRounds = 2;
 constexpr int mostEventsAtOnce = 50000;
 
+bool mayBeStill(std::span<const Captured> answers)
+{
+    return std::all_of(answers.begin(), answers.end(), [](const Captured& answer) { return answer.mayBeStill; });
+}
+
 }  // namespace
 
 CaptureSession::CaptureSession(CaptureServer& server, const SharedMonitorLayout& layouts, const OverlayStack& stack, WindowContents contents)
     : m_server(server), m_layouts(layouts), m_stack(stack),
       m_redirection(contents == WindowContents::kept ? std::optional<Redirection>(std::in_place, server) : std::optional<Redirection>()),
-      m_reader(server), m_changes(server), m_painter(server), m_images(server)
+      m_reader(server), m_changes(server), m_stillScenes(server), m_painter(server), m_images(server)
 {
 }
 
@@ -32,11 +37,17 @@ void CaptureSession::capture(std::uint32_t windowNumber, CaptureResolution resol
         m_stack.copyTo(m_entries);
         m_truth.update(m_entries, m_reader.compositorChanges(), std::chrono::steady_clock::now());
         layTargets(resolution, rectangles);
+        if (attempt == 0 && isStill(windowNumber, resolution, rectangles) && mayBeStill(answers)) {
+            for (auto& answer : answers)
+                answer.truth = CaptureTruth::still;
+            return;
+        }
         m_isLastAttempt = attempt + 1 == mostAttempts;
         isCaptured = captureOnce(windowNumber);
         if (isCaptured && !m_isLastAttempt)
             isCaptured = isStillValid(windowNumber);
     }
+    m_stillScenes.captured(windowNumber, isCaptured && !m_isLastAttempt && areAllUsable(), std::chrono::steady_clock::now());
     if (!isCaptured)
         return;
     learnUpcoming();
@@ -63,6 +74,41 @@ void CaptureSession::keepContents(std::span<const CoveredPart> covered)
     connection.flush();
 }
 
+bool CaptureSession::isStill(std::uint32_t windowNumber, CaptureResolution resolution, std::span<const Rect> rectangles)
+{
+    m_scene.windowNumber = windowNumber;
+    m_scene.resolution = resolution;
+    m_scene.rectangles.assign(rectangles.begin(), rectangles.end());
+    m_scene.overlays = m_entries;
+    m_scene.layout = m_layout;
+    m_scene.compositorChanges = m_reader.compositorChanges();
+    m_sceneAreas.clear();
+    for (const auto& target : targets())
+        m_sceneAreas.push_back(target.piece.area);
+    const auto& model = std::as_const(m_reader).model();
+    lookBelow(windowNumber, m_entries, model, m_below);
+    const bool isSame = m_stillScenes.isStill(m_scene, model, m_below, m_sceneAreas, std::chrono::steady_clock::now());
+    m_server.connection().flush();
+    return isSame && std::all_of(m_sceneAreas.begin(), m_sceneAreas.end(), [this](const DeviceRect& area) { return isCoveredWhole(area); });
+}
+
+// What is read from the screen may change without any window: a compositor paints late, and
+// more than windows.
+bool CaptureSession::isCoveredWhole(const DeviceRect& area)
+{
+    if (!readsScreen() || area.isEmpty())
+        return true;
+    m_sceneCovered.clear();
+    m_truth.findCovered(area, m_reader.model(), m_below, m_sceneCovered);
+    return m_sceneCovered.encloses(area);
+}
+
+bool CaptureSession::areAllUsable()
+{
+    const auto now = targets();
+    return std::all_of(now.begin(), now.end(), [](const Target& target) { return target.isUsable; });
+}
+
 void CaptureSession::layTargets(CaptureResolution resolution, std::span<const Rect> rectangles)
 {
     m_targetCount = rectangles.size();
@@ -80,7 +126,11 @@ void CaptureSession::takeEvent(const xcb_generic_event_t& event)
     if (event.response_type == 0) {
         m_painter.failed(reinterpret_cast<const xcb_generic_error_t&>(event));
         m_images.failed(reinterpret_cast<const xcb_generic_error_t&>(event));
-    } else if (!m_changes.handle(event))
+        return;
+    }
+    // Each drawing is told to both.
+    const bool isOfStillScenes = m_stillScenes.handle(event);
+    if (!m_changes.handle(event) && !isOfStillScenes)
         m_hasNews = m_reader.handle(event) || m_hasNews;
 }
 
@@ -268,6 +318,7 @@ void CaptureSession::answer(std::uint32_t windowNumber, std::span<Captured> answ
         const auto& target = m_targets[i];
         if (!target.isUsable)
             continue;
+        answers[i].rows.reset();
         answers[i].truth = target.piece.covered.isEmpty() ? CaptureTruth::exact : CaptureTruth::recovered;
         if (target.piece.area.isEmpty())
             target.grid.fill(*m_layout, {}, answers[i].image);

@@ -17,6 +17,7 @@
 #include "Platform/X11/Capture/SampleGrid.h"
 #include "Platform/X11/Capture/ScreenTruth.h"
 #include "Platform/X11/Capture/StackReader.h"
+#include "Platform/X11/Capture/StillScenes.h"
 #include "Platform/X11/CaptureActivation.h"
 #include "Platform/X11/OverlayStack.h"
 #include "Platform/X11/SharedMonitorLayout.h"
@@ -52,6 +53,9 @@ private:
         Piece piece;
     };
 
+    bool isStill(std::uint32_t windowNumber, CaptureResolution, std::span<const Rect> rectangles);
+    bool isCoveredWhole(const DeviceRect&);
+    bool areAllUsable();
     void layTargets(CaptureResolution, std::span<const Rect> rectangles);
     void catchUp();
     void takeEvent(const xcb_generic_event_t&);
@@ -84,6 +88,7 @@ private:
     std::optional<Redirection> m_redirection;  // the server has begun with it once the reader has read
     StackReader m_reader;
     ChangeWatch m_changes;
+    StillScenes m_stillScenes;
     Painter m_painter;
     ImageReader m_images;
     PaintPlanner m_planner;
@@ -91,6 +96,9 @@ private:
     std::shared_ptr<const MonitorLayout> m_layout;
     std::vector<OverlayEntry> m_entries;
     BelowOverlay m_below;
+    Scene m_scene;
+    std::vector<DeviceRect> m_sceneAreas;
+    Region m_sceneCovered;
     std::vector<Target> m_targets;
     std::size_t m_targetCount = 0;
     std::vector<Piece> m_upcoming;  // what the overlay is about to cover

@@ -25,10 +25,8 @@ void X11ScreenCapture::windowsBelow(
     std::uint32_t windowNumber, CaptureResolution resolution, std::span<const Rect> rectangles, std::span<Captured> answers)
 {
     const std::lock_guard lock(m_mutex);
-    for (auto& answer : answers) {
+    for (auto& answer : answers)
         answer.truth = CaptureTruth::none;
-        answer.rows.reset();
-    }
     const bool wasActive = m_session != nullptr;
     activateLocked(WindowContents::kept);
     if (m_session)
@@ -36,8 +34,10 @@ void X11ScreenCapture::windowsBelow(
     if (!wasActive)
         m_session.reset();
     for (auto& answer : answers) {
-        if (answer.truth == CaptureTruth::none)
+        if (answer.truth == CaptureTruth::none) {
             answer.image.resize(0, 0);
+            answer.rows.reset();
+        }
     }
 }
 
