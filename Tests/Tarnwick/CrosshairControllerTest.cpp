@@ -1,6 +1,6 @@
 // The controller's pump, its wiring to shortcuts, and its settings.
-#include "AllocationCounter.h"
 #include "CrosshairControllerFixture.h"
+#include "Support/AllocationCounter.h"
 
 namespace Tarnwick {
 namespace {
@@ -116,23 +116,19 @@ TEST_F(ControllerPump, AllocatesNothing)
     for (int i = 0; i < 10; ++i)
         tick();
     const int presentedBefore = crosshair().presentCount();
-    long allocations = 0;
-    {
-        const AllocationCounter counter;
-        for (int i = 0; i < 100; ++i) {
-            fake.pointer.moveTo(Platform::Point{100.0 + i, 200.0 + i});
-            tick();
-        }
-        allocations = counter.count();
+    const TestSupport::AllocationCounter counter;
+    for (int i = 0; i < 100; ++i) {
+        fake.pointer.moveTo(Platform::Point{100.0 + i, 200.0 + i});
+        tick();
     }
-    EXPECT_EQ(allocations, 0);
+    EXPECT_EQ(counter.count(), 0);
     EXPECT_EQ(crosshair().presentCount(), presentedBefore + 100);
     EXPECT_TRUE(crosshair().pictures()[0].hasImage);
 }
 
 TEST(AllocationCounter, CountsAllocations)
 {
-    const AllocationCounter counter;
+    const TestSupport::AllocationCounter counter;
     const auto number = std::make_unique<int>(1);
     const std::vector<int> numbers(100, *number);
     EXPECT_EQ(counter.count(), 2);

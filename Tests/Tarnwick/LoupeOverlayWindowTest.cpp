@@ -1,6 +1,6 @@
 // Where the loupe lies, what it captures, and its keys.
-#include "AllocationCounter.h"
 #include "LoupeOverlayWindowFixture.h"
+#include "Support/AllocationCounter.h"
 
 namespace Tarnwick {
 namespace {
@@ -275,14 +275,10 @@ TEST_F(LoupeOverlayWindowTest, AllocatesNothingInATickOnceItsBuffersExist)
     for (int i = 0; i < 3; ++i)
         tick(i);
     const int presentedBefore = window().presentCount();
-    long allocations = 0;
-    {
-        const AllocationCounter counter;
-        for (int i = 3; i < 103; ++i)
-            tick(i);
-        allocations = counter.count();
-    }
-    EXPECT_EQ(allocations, 0);
+    const TestSupport::AllocationCounter counter;
+    for (int i = 3; i < 103; ++i)
+        tick(i);
+    EXPECT_EQ(counter.count(), 0);
     EXPECT_EQ(window().presentCount(), presentedBefore + 100);
     EXPECT_EQ(window().pictures()[0].image.pixel(60, 60), 0xFF000066);
 }

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "AllocationCounter.h"
+#include "Support/AllocationCounter.h"
 #include "Support/DrawnImage.h"
 #include "Support/FakeShapePainter.h"
 #include "Tarnwick/NumberedImage.h"
@@ -358,7 +358,7 @@ TEST_F(LoupePicturePixels, AllocateNothingOnceTheyWereComposed)
     const auto sample = numbered(110, 110);
     log.setRecording(false);
     compose(&sample);
-    const AllocationCounter counter;
+    const TestSupport::AllocationCounter counter;
     for (int i = 0; i < 10; ++i) {
         picture.lay(220, 2);
         compose(i % 2 == 0 ? nullptr : &sample);

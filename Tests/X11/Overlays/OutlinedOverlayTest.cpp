@@ -4,8 +4,8 @@
 
 #include <future>
 
+#include "Support/AllocationCounter.h"
 #include "Support/Desktop/TestWindow.h"
-#include "X11/Capture/AllocationCounter.h"
 #include "X11/Overlays/OutlinedSetting.h"
 
 namespace OverlayTests {
@@ -86,14 +86,14 @@ TEST_F(OutlinedOverlay, PresentsWithoutAnAllocationAndWithoutWaitingForTheServer
     requests->waitForServer();  // as it does for the pointer between two ticks
     holdServer();
     auto presenting = std::async(std::launch::async, [&] {
-        const auto before = CaptureTests::allocationCount();
+        const TestSupport::AllocationCounter counter;
         moveTo(*overlay, 202, 100);
-        return CaptureTests::allocationCount() - before;
+        return counter.count();
     });
     const bool hasReturned = presenting.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
     letServerGo();
     EXPECT_TRUE(hasReturned);
-    EXPECT_EQ(presenting.get(), 0U);
+    EXPECT_EQ(presenting.get(), 0);
     EXPECT_EQ(wrongPixelsHard(202, 100), 0);
 }
 

@@ -1,4 +1,4 @@
-#include "AllocationCounter.h"
+#include "Support/AllocationCounter.h"
 
 #include <atomic>
 #include <cstddef>
@@ -7,13 +7,11 @@
 
 namespace {
 
-std::atomic<bool> isCounting = false;
 std::atomic<long> allocations = 0;
 
 void* allocate(std::size_t size, std::size_t alignment)
 {
-    if (isCounting)
-        ++allocations;
+    ++allocations;
     const auto rounded = (size + alignment - 1) / alignment * alignment;
     if (void* memory = std::aligned_alloc(alignment, rounded > 0 ? rounded : alignment))
         return memory;
@@ -35,16 +33,10 @@ void operator delete[](void* memory, std::align_val_t) noexcept { std::free(memo
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
 
-namespace Tarnwick {
+namespace TestSupport {
 
-AllocationCounter::AllocationCounter()
-{
-    allocations = 0;
-    isCounting = true;
-}
+AllocationCounter::AllocationCounter() : m_before(allocations) { }
 
-AllocationCounter::~AllocationCounter() { isCounting = false; }
+long AllocationCounter::count() const { return allocations - m_before; }
 
-long AllocationCounter::count() const { return allocations; }
-
-}  // namespace Tarnwick
+}  // namespace TestSupport
