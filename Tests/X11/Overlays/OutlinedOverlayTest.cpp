@@ -207,6 +207,28 @@ TEST_F(OutlinedOverlay, ChangesItsFormatWhenACompositorComesAndGoes)
     EXPECT_TRUE(loopUntil([&] { return isShown([&] { return wrongPixelsHard(200, 100); }); })) << wrongPixelsHard(200, 100);
 }
 
+// Under a compositor that draws one for every window that does not forbid it.
+class OverlayShadow : public OutlinedSetting, public testing::WithParamInterface<bool> {
+protected:
+    TestSupport::Process picom{desktop.server().start({"picom", "--backend", "xrender", "--config", "/dev/null", "--shadow"})};
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Styles, OverlayShadow, testing::Bool(), [](const auto& style) { return std::string(style.param ? "WithAShadow" : "WithoutAShadow"); });
+
+TEST_P(OverlayShadow, IsThereWhereTheStyleHasOne)
+{
+    ASSERT_TRUE(loopUntil([this] { return requests->hasCompositor(); }));
+    const auto overlay = overlays->makeOverlayWindow({.frame = frameAt(200, 100), .hasShadow = GetParam()}, delegate);
+    overlay->makeKeyAndOrderFront();
+    present(*overlay, plain(side, side + footer, core));
+    ASSERT_TRUE(loopUntil([this] { return shows(260, 160, core); }));
+    const auto screen = desktop.screenshotAtRest();
+    EXPECT_EQ(screen.pixel(260, 99 + side + footer), core);
+    EXPECT_EQ(screen.pixel(260, 100 + side + footer) == ground, !GetParam());
+    EXPECT_EQ(screen.pixel(200 + side, 160) == ground, !GetParam());
+}
+
 class OutlinedOverlayUnder : public OutlinedSetting, public testing::WithParamInterface<WindowManagerKind> {
 protected:
     OutlinedOverlayUnder() : OutlinedSetting(GetParam()) { }
