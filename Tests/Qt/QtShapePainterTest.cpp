@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QFontMetricsF>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -161,6 +165,40 @@ TEST_F(QtShapePainterText, IsMeasuredInPoints)
     EXPECT_NEAR(painter.textSize("zoom", {.size = 22, .weight = FontWeight::medium}).width, 2 * one.width, 4);
     EXPECT_EQ(painter.textSize("", medium11).width, 0);
     EXPECT_GT(painter.textSize("a       b", medium11).width, painter.textSize("a b", medium11).width + 6);
+}
+
+// Not every font has all weights, but none is alike in two sizes, and all have a bold one.
+TEST_F(QtShapePainterText, HasItsSizeAndItsWeight)
+{
+    const auto fontOf = [](int pixels, QFont::Weight weight) {
+        auto font = QGuiApplication::font();
+        font.setPixelSize(pixels);
+        font.setWeight(weight);
+        font.setStyleStrategy(QFont::NoSubpixelAntialias);
+        return font;
+    };
+    const auto drawnWith = [](const QFont& font) {
+        auto image = cleared(200, 30);
+        QImage target(reinterpret_cast<uchar*>(image.pixels().data()), 200, 30, QImage::Format_ARGB32_Premultiplied);
+        QPainter text(&target);
+        text.setRenderHint(QPainter::Antialiasing);
+        text.setFont(font);
+        text.setPen(Qt::white);
+        text.drawText(QPointF(5, 5 + QFontMetricsF(font).ascent()), "zoom size");
+        return image;
+    };
+    auto drawn = cleared(200, 30);
+    painter.drawText({drawn, 1}, {5, 5}, "zoom size", medium11, 0xFFFFFFFF);
+    EXPECT_EQ(drawn, drawnWith(fontOf(11, QFont::Medium)));
+    EXPECT_NE(drawn, drawnWith(fontOf(11, QFont::Bold)));
+    EXPECT_NE(drawn, drawnWith(fontOf(10, QFont::Medium)));
+    EXPECT_NE(drawn, drawnWith(fontOf(12, QFont::Medium)));
+    const auto widthWith = [](const QFont& font) { return QFontMetricsF(font).horizontalAdvance("zoom size"); };
+    const auto measured = painter.textSize("zoom size", medium11).width;
+    EXPECT_EQ(measured, widthWith(fontOf(11, QFont::Medium)));
+    EXPECT_NE(measured, widthWith(fontOf(11, QFont::Bold)));
+    EXPECT_LT(widthWith(fontOf(10, QFont::Medium)), measured);
+    EXPECT_GT(widthWith(fontOf(12, QFont::Medium)), measured);
 }
 
 TEST_F(QtShapePainterText, LiesInTheBoxThatIsMeasured)

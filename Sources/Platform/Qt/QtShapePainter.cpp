@@ -1,12 +1,11 @@
 #include "Platform/Qt/QtShapePainter.h"
 
-#include <QFont>
 #include <QFontMetricsF>
-#include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
 #include <QPen>
-#include <cmath>
+
+#include "Platform/Qt/QtFont.h"
 
 namespace Platform {
 namespace {
@@ -16,18 +15,6 @@ QRectF rectOf(const Rect& rect) { return {rect.x, rect.y, rect.width, rect.heigh
 QColor colourOf(std::uint32_t premultiplied) { return QColor::fromRgba(qUnpremultiply(premultiplied)); }
 
 QString textOf(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
-
-// Font sizes of Qt are whole pixels, or points of an inch; a size in our points is the
-// pixel size at scale 1, and the painter's own scale does the rest.
-QFont fontOf(const Font& font)
-{
-    QFont result = QGuiApplication::font();
-    result.setPixelSize(static_cast<int>(std::lround(font.size)));
-    result.setWeight(font.weight == FontWeight::medium ? QFont::Medium : QFont::Normal);
-    // Coloured fringes would be wrong over whatever lies beneath.
-    result.setStyleStrategy(QFont::NoSubpixelAntialias);
-    return result;
-}
 
 // On the image's own memory.
 template <typename Paint> void paintOn(const Canvas& canvas, Paint paint)
@@ -72,13 +59,13 @@ void QtShapePainter::fillRoundedRectangle(const Canvas& canvas, const Rect& rect
 
 Size QtShapePainter::textSize(std::string_view text, const Font& font)
 {
-    const QFontMetricsF metrics(fontOf(font));
+    const QFontMetricsF metrics(qtFontOf(font));
     return {metrics.horizontalAdvance(textOf(text)), metrics.height()};
 }
 
 void QtShapePainter::drawText(const Canvas& canvas, Point topLeft, std::string_view text, const Font& font, std::uint32_t colour)
 {
-    const auto qtFont = fontOf(font);
+    const auto qtFont = qtFontOf(font);
     const QPointF baseline(topLeft.x, topLeft.y + QFontMetricsF(qtFont).ascent());
     paintOn(canvas, [&](QPainter& painter) {
         painter.setFont(qtFont);
