@@ -32,7 +32,8 @@ public:
 };
 
 // What an overlay may show: pictures at rectangles. A picture is stretched to its
-// rectangle without smoothing.
+// rectangle without smoothing. Colours of one overlay are one layer: where several
+// overlap, they cover once, as the last of them.
 struct Picture {
     Rect rectangle;                 // view space; edges are rounded to device pixels, halves up in y-down device space
     const Image* image = nullptr;   // not owned, read during present() only

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Platform/X11/WireRect.h"
+
 namespace Platform::X11 {
 namespace {
 
@@ -71,7 +73,7 @@ void PictureWindow::setProperties()
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, sizeof title - 1, title);
 }
 
-void PictureWindow::show(const Picture& picture, const DeviceRect& whole, const DeviceRect& visible, bool isShown)
+void PictureWindow::show(const Picture& picture, const DeviceRect& whole, const DeviceRect& visible, bool isShown, std::span<const DeviceRect> others)
 {
     if (visible.isEmpty()) {
         m_frame = {};
@@ -79,15 +81,17 @@ void PictureWindow::show(const Picture& picture, const DeviceRect& whole, const 
         return;
     }
     place(visible);
-    const bool hasPixels = picture.source != nullptr || (picture.image != nullptr && !picture.image->isEmpty());
+    const bool hasPixels = !isColour(picture);
     // Its outline comes first: at no moment does the window cover more than its picture.
     if (hasPixels)
         takePixels(picture, whole);
     map(isShown);
-    if (hasPixels)
+    if (hasPixels) {
         putPixels();
-    else
-        paintColour(picture.colour);
+        return;
+    }
+    leaveOut(others);
+    paintColour(picture.colour);
 }
 
 void PictureWindow::setShown(bool isShown)
@@ -139,13 +143,29 @@ void PictureWindow::paintAgain()
         putPixels();
 }
 
+void PictureWindow::leaveOut(std::span<const DeviceRect> others)
+{
+    m_leftOut.clear();
+    for (const auto& other : others) {
+        const auto common = intersection(other, m_frame);
+        if (m_format.isBlended && !common.isEmpty())
+            m_leftOut.push_back(toWire({common.x - m_frame.x, common.y - m_frame.y, common.width, common.height}));
+    }
+}
+
 void PictureWindow::paintColour(std::uint32_t colour)
 {
     m_colour = colour;
-    const std::uint32_t foreground = m_format.isBlended ? colour : colour | opaque;
-    xcb_change_gc(m_connection, m_graphics, XCB_GC_FOREGROUND, &foreground);
-    const xcb_rectangle_t all{0, 0, static_cast<std::uint16_t>(m_frame.width), static_cast<std::uint16_t>(m_frame.height)};
-    xcb_poly_fill_rectangle(m_connection, m_window, m_graphics, 1, &all);
+    const auto all = toWire({0, 0, m_frame.width, m_frame.height});
+    fill(m_format.isBlended ? colour : colour | opaque, {&all, 1});
+    if (!m_leftOut.empty())
+        fill(0, m_leftOut);
+}
+
+void PictureWindow::fill(std::uint32_t colour, std::span<const xcb_rectangle_t> parts)
+{
+    xcb_change_gc(m_connection, m_graphics, XCB_GC_FOREGROUND, &colour);
+    xcb_poly_fill_rectangle(m_connection, m_window, m_graphics, static_cast<std::uint32_t>(parts.size()), parts.data());
 }
 
 void PictureWindow::takePixels(const Picture& picture, const DeviceRect& whole)

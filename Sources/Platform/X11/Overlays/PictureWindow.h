@@ -2,6 +2,8 @@
 #pragma once
 
 #include <optional>
+#include <span>
+#include <vector>
 
 #include "Platform/OverlayWindow.h"
 #include "Platform/X11/Connection.h"
@@ -25,6 +27,8 @@ struct PictureFormat {
     bool isOutlined = false;
 };
 
+inline bool isColour(const Picture& picture) { return picture.source == nullptr && (picture.image == nullptr || picture.image->isEmpty()); }
+
 class PictureWindow {
 public:
     PictureWindow(Connection&, const PictureFormat&);
@@ -37,8 +41,9 @@ public:
     const DeviceRect& frame() const { return m_frame; }
 
     // Moves, maps where `isShown`, and paints, without flushing. `whole` is the picture's
-    // rectangle, of which the part in `visible` is shown.
-    void show(const Picture&, const DeviceRect& whole, const DeviceRect& visible, bool isShown);
+    // rectangle, of which the part in `visible` is shown. Where it is blended, a colour leaves
+    // out `others`, parts of the screen that other windows paint.
+    void show(const Picture&, const DeviceRect& whole, const DeviceRect& visible, bool isShown, std::span<const DeviceRect> others = {});
     // Paints the last picture where it maps: the server keeps none of an unmapped window.
     void setShown(bool isShown);
 
@@ -56,7 +61,9 @@ private:
     bool map(bool isShown);
     void setProperties();
     void place(const DeviceRect& frame);
+    void leaveOut(std::span<const DeviceRect> others);
     void paintColour(std::uint32_t colour);
+    void fill(std::uint32_t colour, std::span<const xcb_rectangle_t> parts);
     void takePixels(const Picture&, const DeviceRect& whole);
     void putPixels();
     void draw(PixelSource&, const DeviceRect& whole, std::span<std::uint32_t> pixels);
@@ -73,8 +80,9 @@ private:
     DeviceRect m_frame;
     bool m_isMapped = false;
     PictureBuffer m_buffer;
-    Image m_drawn;                          // what a source draws of which a part is shown, or which is stretched
-    std::optional<std::uint32_t> m_colour;  // what was painted last, where it was no pixels
+    Image m_drawn;                           // what a source draws of which a part is shown, or which is stretched
+    std::optional<std::uint32_t> m_colour;   // what was painted last, where it was no pixels
+    std::vector<xcb_rectangle_t> m_leftOut;  // of the colour
     PictureOutline m_outline;
     OutlineSource m_outlineSource;
 };

@@ -121,12 +121,24 @@ void X11OverlayWindow::show(std::span<const Picture> pictures)
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         auto& window = pictureWindow(i);
         const auto whole = deviceRectOf(pictures[i].rectangle);
-        window.show(pictures[i], whole, intersection(whole, m_deviceFrame), m_isShown);
+        const auto others = isColour(pictures[i]) ? findColours(pictures.subspan(i + 1)) : std::span<const DeviceRect>();
+        window.show(pictures[i], whole, intersection(whole, m_deviceFrame), m_isShown, others);
     }
     if (m_pictures.size() == windowsBefore)
         return;
     m_owner.raiseAll();
     m_owner.publishStack();
+}
+
+// Where they are, valid until the next call.
+std::span<const DeviceRect> X11OverlayWindow::findColours(std::span<const Picture> pictures)
+{
+    m_colours.clear();
+    for (const auto& picture : pictures) {
+        if (isColour(picture))
+            m_colours.push_back(intersection(deviceRectOf(picture.rectangle), m_deviceFrame));
+    }
+    return m_colours;
 }
 
 bool X11OverlayWindow::hasNewFormat()

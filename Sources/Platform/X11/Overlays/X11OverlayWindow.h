@@ -41,6 +41,7 @@ private:
     bool hasNewFormat();
     void show(std::span<const Picture>);
     void showInNewFormat(std::span<const Picture>);
+    std::span<const DeviceRect> findColours(std::span<const Picture>);
     PictureWindow& pictureWindow(std::size_t index);
     DeviceRect deviceRectOf(const Rect& viewRect) const;
 
@@ -56,6 +57,7 @@ private:
     PictureFormat m_format;
     bool m_isFormatOld = false;
     PictureWindows m_pictures;
+    std::vector<DeviceRect> m_colours;
 };
 
 }  // namespace Platform::X11
