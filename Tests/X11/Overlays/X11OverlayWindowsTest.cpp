@@ -142,6 +142,26 @@ TEST_F(X11OverlayWindowsTest, SwallowsClicksOnItsFrameOnly)
     EXPECT_EQ(window.takeEvents(), (std::vector<std::string>{"ButtonPress 1", "ButtonRelease 1"}));
 }
 
+TEST_F(X11OverlayWindowsTest, SwallowsClicksAgainAfterAFrameThatWasEmpty)
+{
+    TestWindow window(desktop.displayName(), "beneath", {0, 0, 800, 600}, 1);
+    const auto overlay = makeOverlay();
+    overlay->makeKeyAndOrderFront();
+    screenshot();
+    desktop.pointer().moveTo(100, 100);
+    window.takeEvents();
+    for (const double side : {0.0, -100.0}) {
+        overlay->setFrame({100, 100, side, 600});
+        screenshot();
+        desktop.pointer().click(1);
+        EXPECT_EQ(window.takeEvents(), (std::vector<std::string>{"ButtonPress 1", "ButtonRelease 1"})) << side;
+        overlay->setFrame({0, 0, 800, 600});
+        screenshot();
+        desktop.pointer().click(1);
+        EXPECT_EQ(window.takeEvents(), std::vector<std::string>{}) << side;
+    }
+}
+
 TEST_F(X11OverlayWindowsTest, GivesKeysToTheLastOverlayOrderedFront)
 {
     RecordingDelegate other;

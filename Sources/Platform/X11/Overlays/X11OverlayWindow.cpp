@@ -84,6 +84,7 @@ void X11OverlayWindow::setFrame(const Rect& frame)
     }
     if (m_deviceFrame.isEmpty()) {
         xcb_unmap_window(m_connection, m_catcher);
+        m_connection.flush();
         return;
     }
     const xcb_configure_window_value_list_t values{.x = m_deviceFrame.x,
@@ -92,6 +93,8 @@ void X11OverlayWindow::setFrame(const Rect& frame)
         .height = static_cast<std::uint32_t>(m_deviceFrame.height)};
     xcb_configure_window_aux(
         m_connection, m_catcher, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, &values);
+    if (m_isShown)
+        xcb_map_window(m_connection, m_catcher);
     m_connection.flush();
 }
 
