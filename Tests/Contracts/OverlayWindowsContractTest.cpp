@@ -36,22 +36,26 @@ public:
     {
         std::uint32_t colour = nothing;
         for (const auto* window : m_overlays.shown()) {
+            if (!holds(window->frame(), x, y))
+                continue;
             for (const auto& picture : window->pictures())
                 colour = colourOf(*window, picture, x, y).value_or(colour);
         }
         return colour;
     }
     void press(std::uint16_t key) { m_overlays.pressKey({.keyCode = key}); }
+    int failedRequests() const { return 0; }
     template <typename Condition> bool waitUntil(Condition&& condition) { return condition(); }
 
 private:
+    static bool holds(const Rect& rect, double x, double y)
+    {
+        return x >= rect.x && y >= rect.y && x < rect.x + rect.width && y < rect.y + rect.height;
+    }
     static std::optional<std::uint32_t> colourOf(
         const TestSupport::FakeOverlayWindow& window, const TestSupport::ShownPicture& picture, double x, double y)
     {
-        const auto& r = picture.rectangle;
-        const double column = x - window.frame().x - r.x;
-        const double row = y - window.frame().y - r.y;
-        if (column < 0 || row < 0 || column >= r.width || row >= r.height)
+        if (!holds(picture.rectangle, x - window.frame().x, y - window.frame().y))
             return std::nullopt;
         return picture.hasImage ? picture.image.pixel(0, 0) : picture.colour;
     }
@@ -74,6 +78,15 @@ public:
         return std::set{red, green, blue}.contains(colour) ? colour : nothing;
     }
     void press(std::uint16_t key) { m_desktop.keyboard().tap(*Platform::evdevCode(key)); }
+    // Since the last call.
+    int failedRequests()
+    {
+        m_requests->waitForServer();
+        int count = 0;
+        while (const auto event = Platform::X11::Event(xcb_poll_for_event(*m_requests)))
+            count += event->response_type == 0 ? 1 : 0;
+        return count;
+    }
     template <typename Condition> bool waitUntil(Condition&& condition) { return TestSupport::loopUntil(condition); }
 
 private:
@@ -161,6 +174,28 @@ TYPED_TEST(OverlayWindowsContract, KeepsItsFrameToTheLastBit)
         overlay->orderOut();
         EXPECT_EQ(overlay->frame(), frame);
     }
+}
+
+TYPED_TEST(OverlayWindowsContract, ShowsNothingInAFrameOfNegativeSideAndKeepsIt)
+{
+    const Rect good = {0, 0, 800, 600};
+    for (const Rect& frame : {Rect{500, 100, -300, 300}, Rect{100, 400, 300, -300}, Rect{500, 400, -300, -300}}) {
+        const auto overlay = this->desk.overlays().makeOverlayWindow({.frame = frame}, this->owner);
+        EXPECT_EQ(overlay->frame(), frame);
+        overlay->makeKeyAndOrderFront();
+        for (int i = 0; i < 2; ++i) {
+            this->presentColour(*overlay, {-400, -400, 1200, 1200}, red);
+            for (const double place : {50, 150, 250, 350, 450, 550})
+                EXPECT_EQ(this->desk.colourAt(place, place), nothing) << place;
+            overlay->setFrame(good);
+            this->presentColour(*overlay, {200, 200, 100, 100}, green);
+            EXPECT_EQ(this->desk.colourAt(250, 250), green);
+            EXPECT_EQ(this->desk.colourAt(350, 250), nothing);
+            overlay->setFrame(frame);
+            EXPECT_EQ(overlay->frame(), frame);
+        }
+    }
+    EXPECT_EQ(this->desk.failedRequests(), 0);
 }
 
 TYPED_TEST(OverlayWindowsContract, ShowsItsPicturesOnlyWhileInFront)
