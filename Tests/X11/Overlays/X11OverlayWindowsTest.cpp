@@ -5,6 +5,7 @@
 
 #include <set>
 
+#include "Support/AllocationCounter.h"
 #include "Support/Desktop/TestWindow.h"
 #include "X11/Overlays/OverlaysSetting.h"
 
@@ -50,6 +51,28 @@ TEST_F(X11OverlayWindowsTest, MovesPicturesAndLeavesNothingBehind)
     EXPECT_EQ(shown.pixel(400, 109), red);
     EXPECT_NE(shown.pixel(400, 108), red);
     EXPECT_NE(shown.pixel(400, 100), red);
+}
+
+TEST_F(X11OverlayWindowsTest, PresentsTwoLinesThatMoveWithoutAnAllocation)
+{
+    const auto overlay = makeOverlay();
+    overlay->makeKeyAndOrderFront();
+    const auto row = solid(800, 1, red);
+    const auto column = solid(1, 600, green);
+    const auto presentAt = [&](double by) {
+        const Picture pictures[] = {{.rectangle = {0, 400 - by, 800, 1}, .image = &row}, {.rectangle = {300 + by, 0, 1, 600}, .image = &column}};
+        overlay->present(pictures);
+        requests->waitForServer();
+    };
+    // The queue of the server's news grows first.
+    for (int i = 0; i < 20; ++i)
+        presentAt(i);
+    const TestSupport::AllocationCounter counter;
+    for (int i = 1; i <= 100; ++i)
+        presentAt(i);
+    EXPECT_EQ(counter.count(), 0);
+    EXPECT_TRUE(shows(100, 299, red));
+    EXPECT_TRUE(shows(400, 100, green));
 }
 
 TEST_F(X11OverlayWindowsTest, StretchesAPictureWithoutSmoothing)
