@@ -7,8 +7,9 @@ namespace TestSupport {
 
 class CrosshairScene : public Scene {
 public:
+    explicit CrosshairScene(const SceneOptions& options) : Scene(options) { }
     explicit CrosshairScene(WindowManagerKind kind, const TarnwickProgram::Environment& environment = {})
-        : Scene({.windowManager = kind, .environment = environment})
+        : CrosshairScene(SceneOptions{.windowManager = kind, .environment = environment})
     {
     }
 

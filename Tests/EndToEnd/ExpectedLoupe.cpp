@@ -92,13 +92,12 @@ private:
     {
         const int column = sampleAt(x - m_left) + m_loupe.x;
         const int row = sampleAt(y - m_top) + m_loupe.y;
-        const bool isSeen = isOn(m_beneath, column, row);
+        const bool isSeen = m_loupe.hasSample && isOn(m_beneath, column, row);
         auto expected = isSeen ? m_beneath.pixel(column, row) : darkened(isOn(m_beneath, x, y) ? m_beneath.pixel(x, y) : 0, 0.15, m_loupe.isBlended);
         const bool isOnLine = isMiddle(x - m_left) || isMiddle(y - m_top);
-        if (isOnLine && isSeen)
-            expected = inverse(expected);
-        if (!isOnLine || isSeen)
-            expect(x, y, expected, isSeen ? 0 : 2, "magnified");
+        if (isOnLine)
+            expected = isSeen ? inverse(expected) : 0xffffffff;
+        expect(x, y, expected, isSeen ? 0 : 2, "magnified");
     }
 
     // Which device pixel a column of the circle's square shows, from the pointer's.

@@ -17,6 +17,7 @@ struct ExpectedLoupe {
     int sampleSide = 55;     // points
     int scale = 1;           // device pixels per point
     bool isBlended = false;  // by a compositor, which may also draw a shadow around it
+    bool hasSample = true;   // else the backdrop shows, with the lines plain on it
 };
 
 // Nothing when every pixel is right, else how many are not and the first of them. Left out

@@ -5,27 +5,43 @@
 
 namespace TestSupport {
 
+using Platform::Image;
 using Platform::X11::DeviceRect;
 
-Platform::Image withCrosshair(const Platform::Image& beneath, int x, int y, const DeviceRect& area)
+namespace {
+
+std::size_t indexOf(const Image& image, int column, int row)
+{
+    return static_cast<std::size_t>(row) * static_cast<std::size_t>(image.width()) + static_cast<std::size_t>(column);
+}
+
+}  // namespace
+
+Image withCrosshair(const Image& beneath, int x, int y, const DeviceRect& area)
 {
     auto image = beneath;
-    const auto at = [&](int column, int row) -> std::uint32_t& {
-        return image.pixels()[static_cast<std::size_t>(row) * static_cast<std::size_t>(image.width()) + static_cast<std::size_t>(column)];
-    };
     for (int column = area.x; column < area.right(); ++column)
-        at(column, y) = inverse(beneath.pixel(column, y));
+        image.pixels()[indexOf(image, column, y)] = inverse(beneath.pixel(column, y));
     for (int row = area.y; row < area.bottom(); ++row)
-        at(x, row) = inverse(beneath.pixel(x, row));
+        image.pixels()[indexOf(image, x, row)] = inverse(beneath.pixel(x, row));
     return image;
 }
 
-Platform::Image withCrosshair(const Platform::Image& beneath, int x, int y)
+Image withCrosshair(const Image& beneath, int x, int y) { return withCrosshair(beneath, x, y, {0, 0, beneath.width(), beneath.height()}); }
+
+Image withPlainCrosshair(const Image& beneath, int x, int y, int width)
 {
-    return withCrosshair(beneath, x, y, {0, 0, beneath.width(), beneath.height()});
+    auto image = beneath;
+    for (int row = 0; row < image.height(); ++row) {
+        for (int column = 0; column < image.width(); ++column) {
+            if ((row >= y && row < y + width) || (column >= x && column < x + width))
+                image.pixels()[indexOf(image, column, row)] = 0xff000000;
+        }
+    }
+    return image;
 }
 
-std::optional<std::string> difference(const Platform::Image& expected, const Platform::Image& actual)
+std::optional<std::string> difference(const Image& expected, const Image& actual)
 {
     if (expected.width() != actual.width() || expected.height() != actual.height())
         return "the sizes differ";

@@ -14,6 +14,9 @@ namespace TestSupport {
 Platform::Image withCrosshair(const Platform::Image&, int x, int y, const Platform::X11::DeviceRect& area);
 Platform::Image withCrosshair(const Platform::Image&, int x, int y);
 
+// The picture with black lines from the column and the row on, so many device pixels wide.
+Platform::Image withPlainCrosshair(const Platform::Image&, int x, int y, int width = 1);
+
 inline constexpr std::uint32_t inverse(std::uint32_t pixel) { return pixel ^ 0x00ffffff; }
 
 // Nothing when the pictures are the same, else how many pixels differ and the first of them.

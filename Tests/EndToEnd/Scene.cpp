@@ -37,7 +37,7 @@ const std::string& prepare(Desktop& desktop, const SceneOptions& options)
 }  // namespace
 
 Scene::Scene(const SceneOptions& options)
-    : m_options(options), m_desktop(options.windowManager, screenArgument(options)),
+    : m_options(options), m_desktop(options.windowManager, screenArgument(options), options.serverArguments),
       m_wallpaper(prepare(m_desktop, options), testPattern(options.width, options.height, 7)),
       m_other(m_desktop.displayName(), "other", {600, 330, 560, 380}, 2), m_active(m_desktop.displayName(), "active", {120, 90, 640, 420}, 1)
 {

@@ -25,6 +25,7 @@ struct SceneOptions {
     int width = 1280;
     int height = 800;
     std::vector<Platform::X11::Monitor> monitors;  // the first is the primary; the server's own where empty
+    std::vector<std::string> serverArguments;      // further ones
 };
 
 class Scene {

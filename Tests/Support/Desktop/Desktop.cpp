@@ -9,8 +9,18 @@ namespace TestSupport {
 
 using namespace Platform::X11;
 
-Desktop::Desktop(WindowManagerKind kind, const std::string& screen)
-    : m_server(screen, m_frameBuffer.serverArguments()), m_connection(Connection::open(m_server.displayName())),
+namespace {
+
+std::vector<std::string> joined(std::vector<std::string> arguments, const std::vector<std::string>& further)
+{
+    arguments.insert(arguments.end(), further.begin(), further.end());
+    return arguments;
+}
+
+}  // namespace
+
+Desktop::Desktop(WindowManagerKind kind, const std::string& screen, const std::vector<std::string>& furtherServerArguments)
+    : m_server(screen, joined(m_frameBuffer.serverArguments(), furtherServerArguments)), m_connection(Connection::open(m_server.displayName())),
       m_windowManager(m_server, kind, m_home.path()), m_keyboard(m_server.displayName()), m_pointer(m_server.displayName())
 {
     if (!m_connection)

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Support/Desktop/FrameBuffer.h"
 #include "Support/Desktop/WindowManager.h"
@@ -17,7 +18,7 @@ namespace TestSupport {
 class Desktop {
 public:
     // `screen` as Xvfb's "-screen 0" wants it. Throws when anything does not come up.
-    explicit Desktop(WindowManagerKind, const std::string& screen = "1280x800x24");
+    explicit Desktop(WindowManagerKind, const std::string& screen = "1280x800x24", const std::vector<std::string>& furtherServerArguments = {});
 
     const PrivateServer& server() const { return m_server; }
     const std::string& displayName() const { return m_server.displayName(); }
