@@ -1,9 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <signal.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,61 +20,12 @@ namespace {
 
 using ::Freedesktop::ForkedChild;
 using ::Freedesktop::SettingsFolder;
+using ::Freedesktop::standardErrorOf;
 using ::Freedesktop::textOf;
 using ::Freedesktop::writeText;
 using namespace std::chrono_literals;
 
 long linesIn(const std::string& text) { return std::count(text.begin(), text.end(), '\n'); }
-
-template <typename Function> std::string standardErrorOf(Function&& function)
-{
-    testing::internal::CaptureStderr();
-    function();
-    return testing::internal::GetCapturedStderr();
-}
-
-// A small file system of its own over a folder, seen by this process only. Root can make
-// one, and anybody where user namespaces are allowed.
-class PrivateFileSystem {
-public:
-    explicit PrivateFileSystem(std::filesystem::path folder) : m_folder(std::move(folder))
-    {
-        static const bool isPrivate = makeMountsPrivate();
-        m_isMounted = isPrivate && mount("tmpfs", m_folder.c_str(), "tmpfs", 0, "size=64k") == 0;
-    }
-    ~PrivateFileSystem()
-    {
-        if (m_isMounted)
-            umount2(m_folder.c_str(), MNT_DETACH);
-    }
-
-    explicit operator bool() const { return m_isMounted; }
-    bool setReadOnly(bool isReadOnly)
-    {
-        unsigned long flags = MS_REMOUNT;
-        if (isReadOnly)
-            flags |= MS_RDONLY;
-        return mount("tmpfs", m_folder.c_str(), "tmpfs", flags, "size=64k") == 0;
-    }
-
-private:
-    static bool makeMountsPrivate()
-    {
-        const auto user = std::to_string(getuid());
-        const auto group = std::to_string(getgid());
-        if (unshare(CLONE_NEWNS) != 0) {
-            if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
-                return false;
-            writeText("/proc/self/uid_map", "0 " + user + " 1");
-            writeText("/proc/self/setgroups", "deny");
-            writeText("/proc/self/gid_map", "0 " + group + " 1");
-        }
-        return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-    }
-
-    std::filesystem::path m_folder;
-    bool m_isMounted = false;
-};
 
 // Files of this process cannot grow beyond a size.
 class FileSizeLimit {
@@ -264,59 +213,6 @@ TEST(JsonUserDefaults, DoesNotWriteOverACorruptFileWithoutACopyOfIt)
     standardErrorOf([&] { defaults.setObject("key", true); });
     EXPECT_EQ(textOf(settings.file), "{\n    \"key\": true\n}\n");
     EXPECT_EQ(settings.corruptCopies().size(), 1U);
-}
-
-TEST(JsonUserDefaults, GoesOnWithoutTheValueWhileTheDiskIsFull)
-{
-    const SettingsFolder settings;
-    const PrivateFileSystem disk(settings.folder.path());
-    if (!disk)
-        GTEST_SKIP() << "this user may not mount a file system";
-    JsonUserDefaults defaults(settings.file);
-    defaults.setObject("kept", true);
-    const auto filler = settings.folder.path() / "filler";
-    writeText(filler, std::string(1'000'000, 'x'));
-    const auto said = standardErrorOf([&] { defaults.setObject("key", true); });
-    EXPECT_EQ(said, "tarnwick: settings: cannot store \"key\": cannot write " + settings.file.string() + ": No space left on device\n");
-    EXPECT_EQ(defaults.object("kept"), DefaultsValue(true));
-    EXPECT_EQ(defaults.object("key"), std::nullopt);
-    std::filesystem::remove(filler);
-    EXPECT_EQ(standardErrorOf([&] { defaults.setObject("key", true); }), "");
-    EXPECT_EQ(defaults.object("key"), DefaultsValue(true));
-}
-
-TEST(JsonUserDefaults, GoesOnWithoutTheValueWhileTheFolderIsReadOnly)
-{
-    const SettingsFolder settings;
-    PrivateFileSystem disk(settings.folder.path());
-    if (!disk)
-        GTEST_SKIP() << "this user may not mount a file system";
-    JsonUserDefaults defaults(settings.file);
-    defaults.setObject("kept", true);
-    ASSERT_TRUE(disk.setReadOnly(true));
-    const auto said = standardErrorOf([&] { defaults.setObject("key", true); });
-    EXPECT_EQ(said, "tarnwick: settings: cannot store \"key\": cannot lock " + settings.file.string() + ": Read-only file system\n");
-    EXPECT_EQ(defaults.object("kept"), DefaultsValue(true));
-    EXPECT_EQ(defaults.object("key"), std::nullopt);
-    ASSERT_TRUE(disk.setReadOnly(false));
-    EXPECT_EQ(standardErrorOf([&] { defaults.setObject("key", true); }), "");
-    EXPECT_EQ(defaults.object("key"), DefaultsValue(true));
-}
-
-TEST(JsonUserDefaults, SaysThatACorruptFileOnAReadOnlyDiskHasNoCopy)
-{
-    const SettingsFolder settings;
-    PrivateFileSystem disk(settings.folder.path());
-    if (!disk)
-        GTEST_SKIP() << "this user may not mount a file system";
-    writeText(settings.file, "corrupt");
-    ASSERT_TRUE(disk.setReadOnly(true));
-    JsonUserDefaults defaults(settings.file);
-    const auto said = standardErrorOf([&] {
-        EXPECT_EQ(defaults.object("key"), std::nullopt);
-        EXPECT_EQ(defaults.object("key"), std::nullopt);
-    });
-    EXPECT_EQ(said, "tarnwick: settings: " + settings.file.string() + " is not readable as JSON; the defaults apply; no copy could be kept\n");
 }
 
 TEST(JsonUserDefaults, DoesNotWaitForEverForAStuckProcess)

@@ -1,6 +1,8 @@
-// What the tests of the settings file share: a folder with a path for one, and raw
-// access to the files in it.
+// What the tests of the settings file share: a folder with a path for one, raw access to
+// the files in it, and what the program says about them.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
@@ -19,6 +21,13 @@ inline std::string textOf(const std::filesystem::path& file)
 }
 
 inline void writeText(const std::filesystem::path& file, const std::string& text) { std::ofstream(file, std::ios::binary) << text; }
+
+template <typename Function> std::string standardErrorOf(Function&& function)
+{
+    testing::internal::CaptureStderr();
+    function();
+    return testing::internal::GetCapturedStderr();
+}
 
 struct SettingsFolder {
     TestSupport::TemporaryFolder folder;
