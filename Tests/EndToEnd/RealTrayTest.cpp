@@ -6,6 +6,7 @@
 #include <optional>
 #include <ostream>
 
+#include "EndToEnd/ExpectedScreen.h"
 #include "EndToEnd/StatusItemScene.h"
 #include "Support/Desktop/PopupMenus.h"
 #include "Support/Desktop/PrivateBus.h"
@@ -137,6 +138,18 @@ TEST_P(RealTray, LetsAShortcutWorkOnceWhileItsMenuIsOpen)
     waitForMenu(desktop);
     pressCrosshairShortcut();
     EXPECT_TRUE(showsCrosshair());
+}
+
+TEST_P(RealTray, LiesBeneathTheCrosshair)
+{
+    startAndFind();
+    beneath = desktop.screenshotAtRest();
+    pressCrosshairShortcut();
+    for (const auto& [x, y] : {std::pair{1200, 400}, {1200, 10}}) {
+        desktop.pointer().moveTo(x, y);
+        const auto expected = withCrosshair(beneath, x, y);
+        EXPECT_TRUE(waitUntil([&] { return desktop.screenshot() == expected; })) << difference(expected, desktop.screenshot()).value_or("");
+    }
 }
 
 TEST_P(RealTray, QuitsTheProgramByTheMenusLastEntry)

@@ -82,6 +82,50 @@ TEST_P(SurroundingsTest, TheShortcutWorksAgainOnceAMenuIsClosed)
     EXPECT_TRUE(scene.showsCrosshairAt(300, 300));
 }
 
+class DockTest : public testing::TestWithParam<WindowManagerKind> {
+protected:
+    static constexpr DeviceRect place{0, 0, 1280, 40};
+
+    CrosshairScene scene{GetParam()};
+    Desktop& desktop = scene.desktop();
+};
+
+auto windowManagersOfTheDock()
+{
+    using enum WindowManagerKind;
+    return testing::Values(none, openbox, openboxWithPicom, xfwm4, xfwm4WithCompositor);
+}
+
+INSTANTIATE_TEST_SUITE_P(Under, DockTest, windowManagersOfTheDock(), nameOfParameter);
+
+TEST_P(DockTest, LiesBeneathTheCrosshair)
+{
+    const TestWindow dock(desktop.displayName(), "dock", place, 3, TestWindow::Kind::dock);
+    ASSERT_TRUE(waitUntil([&] { return dock.isPaintedOn(desktop.screenshot()); }));
+    const auto beneath = desktop.screenshotAtRest();
+    scene.pressShortcut();
+    EXPECT_TRUE(scene.shows(withCrosshair(beneath, 300, 300)));
+    desktop.pointer().moveTo(640, 20);
+    EXPECT_TRUE(scene.shows(withCrosshair(beneath, 640, 20)));
+    scene.pressEscape();
+    EXPECT_TRUE(scene.shows(beneath));
+}
+
+TEST_P(DockTest, LiesBeneathTheCrosshairWhenItComesLater)
+{
+    scene.pressShortcut();
+    ASSERT_TRUE(scene.showsCrosshairAt(300, 300));
+    const TestWindow dock(desktop.displayName(), "dock", place, 3, TestWindow::Kind::dock);
+    ASSERT_TRUE(waitUntil([&] { return desktop.screenshot().pixel(640, 20) == dock.picture().pixel(640, 20); }));
+    desktop.pointer().moveTo(640, 20);
+    const auto withLines = desktop.screenshotAtRest();
+    scene.pressEscape();
+    ASSERT_TRUE(scene.takesOverlaysAway());
+    const auto beneath = desktop.screenshotAtRest();
+    EXPECT_TRUE(dock.isPaintedOn(beneath));
+    EXPECT_EQ(difference(withCrosshair(beneath, 640, 20), withLines), std::nullopt);
+}
+
 class FocusUnderThePointer : public testing::Test {
 protected:
     CrosshairScene scene{WindowManagerKind::openboxWithFocusUnderThePointer};

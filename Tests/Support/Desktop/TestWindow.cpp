@@ -120,10 +120,24 @@ void TestWindow::setProperties(const std::string& title, Kind kind)
         connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, sizeHints.size(), sizeHints.data());
     constexpr std::array<std::uint32_t, 9> takesFocus = {1, 1, 0, 0, 0, 0, 0, 0, 0};
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 32, takesFocus.size(), takesFocus.data());
-    if (kind == Kind::ordinary)
+    if (kind == Kind::dock)
+        becomeDock();
+    if (kind != Kind::fullScreen)
         return;
     const auto fullScreen = connection.atom("_NET_WM_STATE_FULLSCREEN");
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_window, connection.atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 1, &fullScreen);
+}
+
+void TestWindow::becomeDock()
+{
+    auto& connection = *m_connection;
+    const auto dock = connection.atom("_NET_WM_WINDOW_TYPE_DOCK");
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_window, connection.atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1, &dock);
+    const std::array<std::uint32_t, 12> strut = {
+        0, 0, static_cast<std::uint32_t>(m_contents.height()), 0, 0, 0, 0, 0, 0, static_cast<std::uint32_t>(m_contents.width() - 1), 0, 0};
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, m_window, connection.atom("_NET_WM_STRUT"), XCB_ATOM_CARDINAL, 32, 4, strut.data());
+    xcb_change_property(
+        connection, XCB_PROP_MODE_REPLACE, m_window, connection.atom("_NET_WM_STRUT_PARTIAL"), XCB_ATOM_CARDINAL, 32, strut.size(), strut.data());
 }
 
 void TestWindow::activate()

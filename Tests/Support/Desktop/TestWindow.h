@@ -13,7 +13,8 @@ namespace TestSupport {
 
 class TestWindow {
 public:
-    enum class Kind { ordinary, fullScreen };
+    // A dock keeps its own part of the screen's upper edge free of other windows.
+    enum class Kind { ordinary, fullScreen, dock };
 
     // Shows the window, its contents at `frame` (device pixels of the X screen), filled with
     // testPattern(…, seed). Returns when it is there. Throws when that does not come true.
@@ -35,6 +36,7 @@ public:
     // compositor may be slow to paint them.
     bool isPaintedOn(const Platform::Image& screen) const;
 
+    const Platform::Image& picture() const { return m_contents; }
     // Where the window's contents really are.
     Platform::X11::DeviceRect contents() const;
     xcb_window_t id() const { return m_window; }
@@ -43,6 +45,7 @@ private:
     void createWindow(Platform::X11::DevicePoint position);
     void moveIntoPlace(Platform::X11::DevicePoint position);
     void setProperties(const std::string& title, Kind);
+    void becomeDock();
     void requestActivation();
     bool isViewable() const;
 
