@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "Freedesktop/SettingsFolder.h"
+#include "Support/AllocationCounter.h"
 #include "Support/WaitUntil.h"
 
 namespace Platform::Freedesktop {
@@ -196,6 +197,21 @@ TEST(JsonUserDefaults, SeesFilesThatReplaceEachOtherWithinOneTickOfTheClock)
             writeText(settings.file, "{\"n\": " + std::to_string(value) + "}");
             ASSERT_EQ(defaults.object("n"), DefaultsValue(std::int64_t{value}));
         }
+    }
+}
+
+TEST(JsonUserDefaults, AllocatesNothingToReadANumberAgain)
+{
+    const SettingsFolder settings;
+    JsonUserDefaults defaults(settings.file);
+    defaults.setObject("zoom", 4.0);
+    for (const bool mustBeSettled : {false, true}) {
+        ASSERT_TRUE(!mustBeSettled || TestSupport::waitUntil([&] { return isSettled(signatureOf(settings.file)); }));
+        ASSERT_EQ(defaults.object("zoom"), DefaultsValue(4.0));
+        const TestSupport::AllocationCounter counter;
+        for (int i = 0; i < 10; ++i)
+            EXPECT_EQ(defaults.doubleValue("zoom"), 4.0);
+        EXPECT_EQ(counter.count(), 0) << mustBeSettled;
     }
 }
 
