@@ -9,7 +9,7 @@
 namespace Benchmarks {
 namespace {
 
-constexpr double megabyte = 1e6;
+constexpr double mebibyte = 1024.0 * 1024.0;
 
 std::map<std::string, long> wakeUpsDuring(pid_t pid, std::chrono::seconds length)
 {
@@ -102,7 +102,7 @@ void report(Report& report, const Options& options, const RestFigures& rest, con
     long wakeUps = 0;
     for (const auto& [thread, count] : rest.wakeUps)
         wakeUps += count;
-    const auto megabytes = [](long bytes) { return static_cast<double>(bytes) / megabyte; };
+    const auto mebibytes = [](long bytes) { return static_cast<double>(bytes) / mebibyte; };
     const auto size = options.memorySetup.screenName;
     report.table({
         {"at rest", "figure", "target"},
@@ -110,13 +110,13 @@ void report(Report& report, const Options& options, const RestFigures& rest, con
             againstTarget(static_cast<double>(wakeUps), 0, 0)},
         {"timers armed", describe(rest.timers), againstTarget(rest.timers.armed, 0, 0)},
         {"timers armed after ten crosshairs", describe(rest.timersLater), againstTarget(rest.timersLater.armed, 0, 0)},
-        {"resident memory before any overlay, MB", format(megabytes(rest.residentBytes), 1), againstTarget(megabytes(rest.residentBytes), 26, 0)},
-        {"resident memory after ten crosshairs, MB", format(megabytes(rest.residentBytesLater), 1), "none"},
-        {"X server's memory for the crosshair at " + size + ", MB", format(megabytes(server.bytesAlone), 2), "none"},
-        {"as many grabbed keys without a crosshair, MB", format(megabytes(server.bytesOfKeys), 2), "none"},
-        {"the difference: the overlay itself, MB", format(megabytes(server.bytesAlone - server.bytesOfKeys), 2),
-            againstTarget(megabytes(server.bytesAlone - server.bytesOfKeys), 1, 0)},
-        {"the same with ten windows, whose contents the server then keeps, MB", format(megabytes(server.bytesWithWindows), 1), "none"},
+        {"resident memory before any overlay, MiB", format(mebibytes(rest.residentBytes), 1), againstTarget(mebibytes(rest.residentBytes), 26, 0)},
+        {"resident memory after ten crosshairs, MiB", format(mebibytes(rest.residentBytesLater), 1), "none"},
+        {"X server's memory for the crosshair at " + size + ", MiB", format(mebibytes(server.bytesAlone), 2), "none"},
+        {"as many grabbed keys without a crosshair, MiB", format(mebibytes(server.bytesOfKeys), 2), "none"},
+        {"the difference: the overlay itself, MiB", format(mebibytes(server.bytesAlone - server.bytesOfKeys), 2),
+            againstTarget(mebibytes(server.bytesAlone - server.bytesOfKeys), 1, 0)},
+        {"the same with ten windows, whose contents the server then keeps, MiB", format(mebibytes(server.bytesWithWindows), 1), "none"},
     });
 }
 
