@@ -201,5 +201,27 @@ TEST_F(CaptureSession, BelievesNoScreenWhileACompositorHasJustCome)
     EXPECT_TRUE(TestSupport::waitUntil([this] { return captureSettled({10, 10, 5, 5}).truth == CaptureTruth::exact; }));
 }
 
+// As many as it watched before the other overlay came.
+TEST_F(CaptureSession, WatchesNoWindowsForAnOverlayThatIsGone)
+{
+    m_desktop.makeMappedWindow({.inner = {0, 0, 320, 200}, .colour = 0x00ff00});
+    showOverlay(1, {0, 50, 320, 1});
+    start();
+    const auto watches = [this] { return resources()["DamageExt"]; };
+    const auto rest = [&](std::uint32_t number, std::uint32_t expected) {
+        return TestSupport::waitUntil([&] {
+            captureNow({0, 50, 320, 1}, number);
+            return watches() == expected;
+        });
+    };
+    EXPECT_TRUE(rest(1, 1));
+    showOverlay(2, {0, 70, 320, 1});
+    EXPECT_TRUE(rest(2, 2));
+    m_entries.pop_back();
+    m_stack.set(m_entries);
+    captureNow({0, 50, 320, 1});
+    EXPECT_LE(watches(), 1U);
+}
+
 }  // namespace
 }  // namespace CaptureTests

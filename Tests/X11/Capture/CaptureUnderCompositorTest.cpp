@@ -1,3 +1,5 @@
+#include <csignal>
+
 #include "Support/WaitUntil.h"
 #include "X11/Capture/CaptureSetting.h"
 
@@ -70,6 +72,24 @@ TEST_F(CaptureUnderCompositor, SeesWhatChangesUnderTheOverlay)
     const auto news = m_desktop.makeWindow({.inner = {200, 100, 50, 50}, .colour = 0x0000ff});
     m_desktop.map(news);
     m_desktop.restack(news, XCB_STACK_MODE_BELOW);
+    EXPECT_EQ(coloursOf(capture({200, 130, 50, 1})), (Colours{0xff0000ff}));
+}
+
+// It has not painted the window when the capture already knows it.
+TEST_F(CaptureUnderCompositor, BelievesNoScreenWhereAWindowIsNew)
+{
+    startCompositor();
+    showWindowWithShadow();
+    m_capture->activate();
+    EXPECT_EQ(coloursOf(capture({200, 130, 50, 1})), (Colours{0xffffffff}));
+    m_compositor.signal(SIGSTOP);
+    m_desktop.makeMappedWindow({.inner = {200, 100, 50, 50}, .colour = 0x0000ff});
+    EXPECT_EQ(coloursOf(capture({200, 130, 50, 1})), (Colours{0xff0000ff}));
+    EXPECT_EQ(m_desktop.screenPicture({220, 130, 1, 1}).pixel(0, 0), 0xffffffff);
+    // What was answered meanwhile is not taken for the screen's: below a line that came there it stays right.
+    showOverlay(1, row);
+    m_compositor.signal(SIGCONT);
+    ASSERT_TRUE(waitForColour({10, 130}, 0xff000000 | overlayColour));
     EXPECT_EQ(coloursOf(capture({200, 130, 50, 1})), (Colours{0xff0000ff}));
 }
 

@@ -35,11 +35,10 @@ void CaptureSession::capture(std::uint32_t windowNumber, CaptureResolution resol
     for (int attempt = 0; attempt < mostAttempts && !isCaptured; ++attempt) {
         catchUp();
         m_stack.copyTo(m_entries);
-        m_truth.update(m_entries, m_reader.compositorChanges(), std::chrono::steady_clock::now());
+        lookAround();
         layTargets(resolution, rectangles);
         if (attempt == 0 && isStill(windowNumber, resolution, rectangles) && mayBeStill(answers)) {
-            for (auto& answer : answers)
-                answer.truth = CaptureTruth::still;
+            answerStill(answers);
             return;
         }
         m_isLastAttempt = attempt + 1 == mostAttempts;
@@ -52,6 +51,26 @@ void CaptureSession::capture(std::uint32_t windowNumber, CaptureResolution resol
         return;
     learnUpcoming();
     answer(windowNumber, answers);
+}
+
+// What was noted of drawing elsewhere goes to the server, so that it tells the next.
+void CaptureSession::answerStill(std::span<Captured> answers)
+{
+    m_server.connection().flush();
+    if (m_server.connection().isBroken())
+        return;
+    for (auto& answer : answers)
+        answer.truth = CaptureTruth::still;
+}
+
+void CaptureSession::lookAround()
+{
+    const auto now = std::chrono::steady_clock::now();
+    m_truth.update(m_entries, m_reader.compositorChanges(), now);
+    if (readsScreen())
+        m_truth.followStack(std::as_const(m_reader).model(), m_entries, now);
+    if (std::none_of(m_entries.begin(), m_entries.end(), [](const OverlayEntry& entry) { return entry.isOutlined; }))
+        m_changes.stop();
 }
 
 void CaptureSession::keepContents(std::span<const CoveredPart> covered)
@@ -88,7 +107,6 @@ bool CaptureSession::isStill(std::uint32_t windowNumber, CaptureResolution resol
     const auto& model = std::as_const(m_reader).model();
     lookBelow(windowNumber, m_entries, model, m_below);
     const bool isSame = m_stillScenes.isStill(m_scene, model, m_below, m_sceneAreas, std::chrono::steady_clock::now());
-    m_server.connection().flush();
     return isSame && std::all_of(m_sceneAreas.begin(), m_sceneAreas.end(), [this](const DeviceRect& area) { return isCoveredWhole(area); });
 }
 

@@ -58,6 +58,7 @@ private:
     bool areAllUsable();
     void layTargets(CaptureResolution, std::span<const Rect> rectangles);
     void catchUp();
+    void lookAround();
     void takeEvent(const xcb_generic_event_t&);
     void takeQueuedEvents();
     void plan(std::uint32_t windowNumber);
@@ -78,6 +79,7 @@ private:
     std::span<Piece> upcoming() { return std::span(m_upcoming).first(m_upcomingCount); }
     template <typename Predicate> bool isTrueOfAPiece(Predicate&& isTrue);
     void learnUpcoming();
+    void answerStill(std::span<Captured> answers);
     void answer(std::uint32_t windowNumber, std::span<Captured> answers);
     void recall(const Target&, Captured&);
     void answerFromScreen(std::uint32_t windowNumber, const Target&, Captured&);

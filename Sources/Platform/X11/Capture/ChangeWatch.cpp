@@ -1,8 +1,9 @@
 #include "Platform/X11/Capture/ChangeWatch.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <utility>
+
+#include "Platform/X11/Capture/WindowLook.h"
 
 namespace Platform::X11 {
 namespace {
@@ -10,42 +11,20 @@ namespace {
 // More are not worth telling apart.
 constexpr std::size_t mostParts = 64;
 
-// FNV-1a, a number at a time.
-class Digest {
-public:
-    void add(std::initializer_list<std::uint64_t> numbers)
-    {
-        for (const auto number : numbers)
-            m_value = (m_value ^ number) * 0x100000001b3;
-    }
-    void add(const DeviceRect& rect)
-    {
-        for (const int number : {rect.x, rect.y, rect.width, rect.height})
-            add({static_cast<std::uint32_t>(number)});
-    }
-    std::uint64_t value() const { return m_value; }
-
-private:
-    std::uint64_t m_value = 0xcbf29ce484222325;
-};
-
-// All that a plan makes of a window.
-void addLook(Digest& digest, const ToplevelWindow& window)
-{
-    digest.add({window.id, window.contents, window.visual, window.depth, window.opacity, std::uint64_t{window.isShaped},
-        static_cast<std::uint32_t>(window.border), window.shape.size()});
-    digest.add(window.frame);
-    for (const auto& part : window.shape)
-        digest.add(part);
-}
-
 }  // namespace
 
 ChangeWatch::~ChangeWatch()
 {
+    stop();
+    xcb_flush(m_server.connection());
+}
+
+void ChangeWatch::stop()
+{
     for (const auto& [window, watched] : m_watched)
         xcb_damage_destroy(m_server.connection(), watched.damage);
-    xcb_flush(m_server.connection());
+    m_watched.clear();
+    m_hasAllChanged = true;
 }
 
 void ChangeWatch::follow(const StackModel& model, const BelowOverlay& below)
@@ -58,7 +37,7 @@ void ChangeWatch::follow(const StackModel& model, const BelowOverlay& below)
     for (const auto& window : model.windows().first(below.top)) {
         if (!window.hasPixels() || below.leavesOut(window.id))
             continue;
-        addLook(look, window);
+        look.add({lookOf(window)});
         watch(window);
     }
     unwatchOthers();

@@ -30,6 +30,8 @@ public:
     // this call is newer than all changes before it. While nobody calls it, a window that
     // is drawn in tells so once.
     void follow(const StackModel&, const BelowOverlay&);
+    // No window is watched any more; everything may have changed when one is again.
+    void stop();
     // True when the event was one of those it asked for.
     bool handle(const xcb_generic_event_t&);
 

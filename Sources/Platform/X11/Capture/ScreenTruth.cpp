@@ -28,6 +28,7 @@ void ScreenTruth::update(std::span<const OverlayEntry> entries, std::uint64_t co
 void ScreenTruth::findCovered(const DeviceRect& area, const StackModel& model, const BelowOverlay& below, Region& covered) const
 {
     m_history.findCovered(area, model, below, covered);
+    m_stackHistory.addRecent(area, covered);
     if (m_distrustEnd)
         covered.add(area);
 }

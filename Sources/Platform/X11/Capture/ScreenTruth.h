@@ -9,6 +9,7 @@
 
 #include "Platform/X11/Capture/ChangeWatch.h"
 #include "Platform/X11/Capture/CoverHistory.h"
+#include "Platform/X11/Capture/StackHistory.h"
 #include "Platform/X11/Capture/SurroundingsMemory.h"
 #include "Platform/X11/Capture/TruthMemory.h"
 
@@ -21,6 +22,9 @@ public:
     // `compositorChanges` counts how often a compositor came or went. One that has just
     // come has painted nothing yet; for a moment the screen is not believed.
     void update(std::span<const OverlayEntry>, std::uint64_t compositorChanges, Time now);
+
+    // Where windows have just changed the screen is not believed either.
+    void followStack(const StackModel& model, std::span<const OverlayEntry> overlays, Time now) { m_stackHistory.update(model, overlays, now); }
 
     // The parts of `area` that the screen does not show as the capture wants them.
     void findCovered(const DeviceRect& area, const StackModel&, const BelowOverlay&, Region& covered) const;
@@ -46,6 +50,7 @@ public:
 
 private:
     CoverHistory m_history;
+    StackHistory m_stackHistory;
     TruthMemory m_memory;
     SurroundingsMemory m_surroundings;
     Region m_covered;

@@ -3,13 +3,6 @@
 #include <algorithm>
 
 namespace Platform::X11 {
-namespace {
-
-// Each overlay that is shown has one.
-constexpr std::size_t mostRests = 4;
-
-}  // namespace
-
 bool StillScenes::handle(const xcb_generic_event_t& event)
 {
     bool isHandled = false;
@@ -22,6 +15,7 @@ bool StillScenes::isStill(const Scene& scene, const StackModel& model, const Bel
 {
     if (!m_server.hasDamage())
         return false;
+    forgetOthers(scene);
     auto& rest = restOf(scene.windowNumber);
     if (rest.scene != scene) {
         rest.scene = scene;
@@ -47,13 +41,23 @@ void StillScenes::captured(std::uint32_t windowNumber, bool isComplete, Time now
         rest->captured = isComplete ? std::optional(now) : std::nullopt;
 }
 
+// Of overlays that are gone.
+void StillScenes::forgetOthers(const Scene& scene)
+{
+    std::erase_if(m_rests, [&](const Rest& rest) {
+        const auto number = rest.scene.windowNumber;
+        return number != scene.windowNumber && std::none_of(scene.overlays.begin(), scene.overlays.end(), [number](const OverlayEntry& overlay) {
+            return overlay.windowNumber == number;
+        });
+    });
+}
+
 StillScenes::Rest& StillScenes::restOf(std::uint32_t windowNumber)
 {
     auto found = std::find_if(m_rests.begin(), m_rests.end(), [&](const Rest& rest) { return rest.scene.windowNumber == windowNumber; });
     if (found == m_rests.end())
-        found = m_rests.size() < mostRests ? m_rests.insert(m_rests.end(), Rest()) : m_rests.begin();
-    std::rotate(found, found + 1, m_rests.end());
-    return m_rests.back();
+        found = m_rests.insert(m_rests.end(), Rest());
+    return *found;
 }
 
 }  // namespace Platform::X11

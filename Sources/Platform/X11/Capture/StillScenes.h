@@ -34,7 +34,8 @@ public:
 
     // A pointer that pauses for less is still on its way, and watching windows costs requests.
     static constexpr std::chrono::milliseconds shortestRest{100};
-    // Then it is captured again all the same, for what no server tells of.
+    // Then it is captured again all the same: nobody tells of drawing on the root itself, nor
+    // of what a compositor draws that does not say that it is one.
     static constexpr std::chrono::milliseconds longestStillness{1000};
 
     explicit StillScenes(CaptureServer& server) : m_server(server) { }
@@ -59,10 +60,11 @@ private:
         std::optional<Time> captured;
     };
 
+    void forgetOthers(const Scene&);
     Rest& restOf(std::uint32_t windowNumber);
 
     CaptureServer& m_server;
-    std::vector<Rest> m_rests;  // the one asked for last at the end
+    std::vector<Rest> m_rests;  // one for each overlay
 };
 
 }  // namespace Platform::X11
