@@ -21,7 +21,7 @@ enum class CaptureTruth {
     none,       // no capture: not permitted, not possible; the image is empty
     exact,      // every pixel is what lies beneath now
     recovered,  // some pixels are the last ones seen before an overlay covered them
-    still,      // nothing new since the last answer: image and rows are left as they were then
+    still,      // nothing new since the last answer; image and rows are not touched
 };
 
 struct Captured {
@@ -31,9 +31,8 @@ struct Captured {
     // new; until then only the thread that asked may read them.
     bool mayBeRows = false;
     std::shared_ptr<const PixelRows> rows;
-    // Whether the caller has kept the last answers below this overlay, if only it knows to
-    // what it asked: where those would come again, they need not. All answers of a request
-    // are still, or none.
+    // The caller has kept the last answers below this overlay and wants none where the same
+    // would come again. Either all answers of a request are `still` or no one is.
     bool mayBeStill = false;
     CaptureTruth truth = CaptureTruth::none;
 };

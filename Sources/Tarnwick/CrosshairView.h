@@ -52,7 +52,7 @@ public:
 
     CrosshairDrawing draw() const;
 
-    // The strips of the last finished capture; null where there was none.
+    // The strips of the last finished capture that had something new; null where there was none.
     const Platform::Image* hStrip() const { return imageOf(m_strips[0]); }
     const Platform::Image* vStrip() const { return imageOf(m_strips[1]); }
     bool captureInFlight() const { return m_captureInFlight; }

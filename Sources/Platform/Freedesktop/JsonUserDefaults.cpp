@@ -159,6 +159,7 @@ std::string JsonUserDefaults::store(const std::function<void(nlohmann::json&)>& 
     change(changed);
     const auto text = textOf(changed);
     m_signature.reset();
+    m_unsettled.reset();
     const auto error = text == contents.text ? std::error_code() : replaceFile(target, text);
     return error ? "cannot write " + target.string() + ": " + error.message() : std::string();
 }

@@ -37,7 +37,7 @@ public:
     void deactivate() override;
 
     // How often this object has waited for the server so far: once for each capture when
-    // no window was new and none changed meanwhile.
+    // no window was new and none changed meanwhile; for one that had nothing new, never.
     std::uint64_t roundTrips() const;
 
 private:
