@@ -13,8 +13,6 @@
 #include "Support/WaitUntil.h"
 
 using namespace TestSupport;
-using Platform::Image;
-using Platform::X11::DeviceRect;
 using Events = std::vector<std::string>;
 
 namespace {
