@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
+#include <thread>
+
+#include "EndToEnd/ColouredWindow.h"
 #include "EndToEnd/CrosshairScene.h"
 #include "EndToEnd/EveryWindowManager.h"
 #include "EndToEnd/ExpectedScreen.h"
@@ -117,6 +120,8 @@ TEST_P(DockTest, LiesBeneathTheCrosshairWhenItComesLater)
     ASSERT_TRUE(scene.showsCrosshairAt(300, 300));
     const TestWindow dock(desktop.displayName(), "dock", place, 3, TestWindow::Kind::dock);
     ASSERT_TRUE(waitUntil([&] { return desktop.screenshot().pixel(640, 20) == dock.picture().pixel(640, 20); }));
+    // The shadow of a window that is new is not believed at once.
+    std::this_thread::sleep_for(longRest);
     desktop.pointer().moveTo(640, 20);
     const auto withLines = desktop.screenshotAtRest();
     scene.pressEscape();
