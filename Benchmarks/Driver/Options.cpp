@@ -31,10 +31,23 @@ void makeQuick(Options& options)
     options.idleLength = 1s;
 }
 
+bool addPart(Parts& parts, std::string_view name)
+{
+    const bool isCrosshair = name == "--crosshair";
+    const auto add = [](bool& part, bool isNamed) {
+        part = part || isNamed;
+        return isNamed;
+    };
+    const bool processorTime = add(parts.processorTime, isCrosshair || name == "--processor-time");
+    const bool keyToPicture = add(parts.keyToPicture, isCrosshair || name == "--key-to-picture");
+    const bool rest = add(parts.rest, isCrosshair || name == "--rest");
+    return add(parts.loupe, name == "--loupe") || processorTime || keyToPicture || rest;
+}
+
 std::optional<Options> sayUsage()
 {
     std::fputs("usage: tarnwick_bench [--program PATH] [--markdown FILE] [--quick] [--rounds N] [--presses N] [--only 1080p|4K|8K] [--moving-floor] "
-               "[--crosshair|--loupe]\n",
+               "[--crosshair] [--processor-time] [--key-to-picture] [--rest] [--loupe]\n",
         stderr);
     return std::nullopt;
 }
@@ -46,6 +59,7 @@ std::optional<Options> Options::parse(int argc, char** argv)
     Options options;
     options.setups = allSetups();
     options.memorySetup = screens.back();
+    Parts named;
     const std::span arguments(argv, static_cast<std::size_t>(argc));
     for (std::size_t i = 1; i < arguments.size(); ++i) {
         const std::string_view name = arguments[i];
@@ -53,9 +67,8 @@ std::optional<Options> Options::parse(int argc, char** argv)
             makeQuick(options);
             continue;
         }
-        if (name == "--crosshair" || name == "--loupe") {
-            options.hasCrosshair = name == "--crosshair";
-            options.hasLoupe = name == "--loupe";
+        if (addPart(named, name)) {
+            options.parts = named;
             continue;
         }
         if (name == "--moving-floor") {

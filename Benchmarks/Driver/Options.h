@@ -10,13 +10,21 @@
 
 namespace Benchmarks {
 
+struct Parts {
+    bool processorTime = false;
+    bool keyToPicture = false;
+    bool rest = false;
+    bool loupe = false;
+};
+
+inline constexpr Parts allParts{.processorTime = true, .keyToPicture = true, .rest = true, .loupe = true};
+
 struct Options {
     std::string programPath;   // empty: only the floor is measured
     std::string markdownPath;  // empty: no file
     bool hasMovingFloor = false;
     bool isQuick = false;
-    bool hasCrosshair = true;  // which parts are measured
-    bool hasLoupe = true;
+    Parts parts = allParts;    // what is measured
     std::vector<Setup> setups;
     int rounds = 5;
     std::chrono::milliseconds roundLength{3000};

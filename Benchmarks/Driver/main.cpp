@@ -77,13 +77,14 @@ void run(const Options& options)
 {
     Report result;
     result.list(describeMachine());
-    if (options.hasCrosshair)
+    const bool hasProgram = !options.programPath.empty();
+    if (options.parts.processorTime)
         addProcessorTime(result, options);
-    if (options.hasCrosshair && !options.programPath.empty()) {
+    if (options.parts.keyToPicture && hasProgram)
         addKeyToPicture(result, options);
+    if (options.parts.rest && hasProgram)
         addRest(result, options);
-    }
-    if (options.hasLoupe && !options.programPath.empty())
+    if (options.parts.loupe && hasProgram)
         addLoupe(result, options);
     std::fputs(result.text().c_str(), stdout);
     if (!options.markdownPath.empty())
