@@ -124,6 +124,13 @@ protected:
         overlay.present({&picture, 1});
     }
 
+    // The keys come with what is presented.
+    static void showWithKeys(OverlayWindow& overlay)
+    {
+        overlay.makeKeyAndOrderFront();
+        overlay.present({});
+    }
+
     static std::vector<int> codesOf(const Owner& anOwner)
     {
         std::vector<int> codes;
@@ -298,7 +305,7 @@ TYPED_TEST(OverlayWindowsContract, GivesTheKeysToTheLastOverlayOrderedFrontAmong
     Owner secondOwner;
     const auto first = this->make(firstOwner);
     auto second = this->make(secondOwner);
-    first->makeKeyAndOrderFront();
+    this->showWithKeys(*first);
     second->makeKeyAndOrderFront();
     this->desk.press(keyA);
     this->expectKeys(secondOwner, {keyA});
@@ -320,13 +327,26 @@ TYPED_TEST(OverlayWindowsContract, GivesNoKeysToAnOverlayThatIsNotShown)
 {
     const auto overlay = this->make();
     this->desk.press(keyA);
-    overlay->makeKeyAndOrderFront();
+    this->showWithKeys(*overlay);
     overlay->orderOut();
     this->desk.press(keyA);
     overlay->makeKeyAndOrderFront();
+    overlay->orderOut();
+    this->desk.press(keyA);
+    this->showWithKeys(*overlay);
     this->desk.press(keyS);
     this->expectKeys(this->owner, {keyS});
     EXPECT_EQ(this->owner.keys, (std::vector<KeyEvent>{{.keyCode = keyS, .modifiers = 0, .isRepeat = false}}));
+}
+
+TYPED_TEST(OverlayWindowsContract, TakesTheKeysSoonWhereNothingIsPresented)
+{
+    const auto overlay = this->make();
+    overlay->makeKeyAndOrderFront();
+    EXPECT_TRUE(this->desk.waitUntil([&] {
+        this->desk.press(keyA);
+        return !this->owner.keys.empty();
+    }));
 }
 
 TYPED_TEST(OverlayWindowsContract, TakesRepeatedOrdersWithoutHarm)
@@ -337,6 +357,7 @@ TYPED_TEST(OverlayWindowsContract, TakesRepeatedOrdersWithoutHarm)
     overlay->makeKeyAndOrderFront();
     overlay->makeKeyAndOrderFront();
     EXPECT_EQ(this->desk.colourAt(120, 120), red);
+    this->presentColour(*overlay, {100, 100, 50, 50}, red);
     this->desk.press(keyA);
     this->expectKeys(this->owner, {keyA});
     overlay->orderOut();
@@ -358,7 +379,7 @@ TYPED_TEST(OverlayWindowsContract, LetsItsOwnerOrderItOutWhenAKeyComes)
         std::unique_ptr<OverlayWindow> overlay;
     } dismissing;
     const auto below = this->make();
-    below->makeKeyAndOrderFront();
+    this->showWithKeys(*below);
     dismissing.overlay = this->desk.overlays().makeOverlayWindow({.frame = {0, 0, 800, 600}}, dismissing);
     dismissing.overlay->makeKeyAndOrderFront();
     this->desk.press(keyA);

@@ -191,6 +191,7 @@ TEST_F(X11OverlayWindowsTest, GivesKeysToTheLastOverlayOrderedFront)
     auto first = makeOverlay();
     auto second = overlays->makeOverlayWindow({.frame = {0, 0, 10, 10}}, other);
     first->makeKeyAndOrderFront();
+    first->present({});
     second->makeKeyAndOrderFront();
     desktop.keyboard().tap(KEY_A);
     EXPECT_TRUE(loopUntil([&] { return other.keys == std::vector<int>{0}; }));

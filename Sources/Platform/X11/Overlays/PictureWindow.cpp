@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::uint32_t opaque = 0xff000000;
 
+constexpr DeviceRect firstPlace{0, 0, 1, 1};
+
 // A window that the server would propagate nothing from, and that it keeps the contents
 // of while it moves. No background: nothing is painted before the picture is.
 xcb_window_t createWindow(Connection& connection, const PictureFormat& format)
@@ -28,8 +30,8 @@ xcb_window_t createWindow(Connection& connection, const PictureFormat& format)
     };
     constexpr auto mask =
         XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_BIT_GRAVITY | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_DONT_PROPAGATE | XCB_CW_COLORMAP;
-    xcb_create_window_aux(
-        connection, format.depth, window, connection.root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, format.visual, mask, &values);
+    xcb_create_window_aux(connection, format.depth, window, connection.root(), firstPlace.x, firstPlace.y, firstPlace.width, firstPlace.height, 0,
+        XCB_WINDOW_CLASS_INPUT_OUTPUT, format.visual, mask, &values);
     return window;
 }
 
@@ -45,7 +47,7 @@ xcb_gcontext_t createGraphics(Connection& connection, xcb_window_t window)
 
 PictureWindow::PictureWindow(Connection& connection, const PictureFormat& format)
     : m_connection(connection), m_format(format), m_window(createWindow(connection, format)), m_graphics(createGraphics(connection, m_window)),
-      m_buffer(connection)
+      m_placed(firstPlace), m_buffer(connection)
 {
     setProperties();
 }
@@ -73,31 +75,42 @@ void PictureWindow::setProperties()
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, sizeof title - 1, title);
 }
 
-void PictureWindow::show(const Picture& picture, const DeviceRect& whole, const DeviceRect& visible, bool isShown, std::span<const DeviceRect> others)
+void PictureWindow::take(const Picture& picture, const DeviceRect& whole, const DeviceRect& visible)
 {
-    if (visible.isEmpty()) {
-        m_frame = {};
+    m_frame = visible;
+    if (visible.isEmpty())
+        return;
+    if (isColour(picture))
+        m_colour = picture.colour;
+    else
+        takePixels(picture, whole);
+}
+
+void PictureWindow::show(bool isShown, std::span<const DeviceRect> others)
+{
+    if (m_frame.isEmpty()) {
         map(false);
         return;
     }
-    place(visible);
-    const bool hasPixels = !isColour(picture);
+    place();
     // Its outline comes first: at no moment does the window cover more than its picture.
-    if (hasPixels)
-        takePixels(picture, whole);
+    if (std::exchange(m_hasNewOutline, false))
+        shape();
     map(isShown);
-    if (hasPixels) {
-        putPixels();
-        return;
-    }
     leaveOut(others);
-    paintColour(picture.colour);
+    paint();
+}
+
+void PictureWindow::showNothing()
+{
+    m_frame = {};
+    map(false);
 }
 
 void PictureWindow::setShown(bool isShown)
 {
     if (map(isShown))
-        paintAgain();
+        paint();
 }
 
 // True when the window was not mapped before and is now.
@@ -114,9 +127,9 @@ bool PictureWindow::map(bool isShown)
     return mustMap;
 }
 
-void PictureWindow::place(const DeviceRect& frame)
+void PictureWindow::place()
 {
-    if (frame == m_frame)
+    if (m_frame == m_placed)
         return;
     std::uint32_t values[4];
     std::size_t count = 0;
@@ -127,15 +140,15 @@ void PictureWindow::place(const DeviceRect& frame)
         mask |= bit;
         values[count++] = static_cast<std::uint32_t>(now);
     };
-    change(frame.x, m_frame.x, XCB_CONFIG_WINDOW_X);
-    change(frame.y, m_frame.y, XCB_CONFIG_WINDOW_Y);
-    change(frame.width, m_frame.width, XCB_CONFIG_WINDOW_WIDTH);
-    change(frame.height, m_frame.height, XCB_CONFIG_WINDOW_HEIGHT);
+    change(m_frame.x, m_placed.x, XCB_CONFIG_WINDOW_X);
+    change(m_frame.y, m_placed.y, XCB_CONFIG_WINDOW_Y);
+    change(m_frame.width, m_placed.width, XCB_CONFIG_WINDOW_WIDTH);
+    change(m_frame.height, m_placed.height, XCB_CONFIG_WINDOW_HEIGHT);
     xcb_configure_window(m_connection, m_window, mask, values);
-    m_frame = frame;
+    m_placed = m_frame;
 }
 
-void PictureWindow::paintAgain()
+void PictureWindow::paint()
 {
     if (m_colour)
         paintColour(*m_colour);
@@ -155,7 +168,6 @@ void PictureWindow::leaveOut(std::span<const DeviceRect> others)
 
 void PictureWindow::paintColour(std::uint32_t colour)
 {
-    m_colour = colour;
     const auto all = toWire({0, 0, m_frame.width, m_frame.height});
     fill(m_format.isBlended ? colour : colour | opaque, {&all, 1});
     if (!m_leftOut.empty())
@@ -225,7 +237,7 @@ void PictureWindow::follow(std::uint64_t alphaNumber, const DeviceRect& whole, s
     const OutlineSource source{alphaNumber, whole.width, whole.height, {m_frame.x - whole.x, m_frame.y - whole.y, m_frame.width, m_frame.height}};
     const bool isKnown = source.alphaNumber != 0 && source == m_outlineSource;
     if (!isKnown && m_outline.take(pixels, m_frame.width))
-        shape();
+        m_hasNewOutline = true;
     m_outlineSource = source;
     if (!m_format.isBlended)
         m_outline.makeOpaque(pixels);

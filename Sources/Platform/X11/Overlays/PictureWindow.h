@@ -40,10 +40,14 @@ public:
     // Empty while there is nothing to show.
     const DeviceRect& frame() const { return m_frame; }
 
-    // Moves, maps where `isShown`, and paints, without flushing. `whole` is the picture's
-    // rectangle, of which the part in `visible` is shown. Where it is blended, a colour leaves
-    // out `others`, parts of the screen that other windows paint.
-    void show(const Picture&, const DeviceRect& whole, const DeviceRect& visible, bool isShown, std::span<const DeviceRect> others = {});
+    // Takes over what show() will show: of the picture, whose rectangle is `whole`, the part
+    // in `visible`. Changes nothing on the screen, but may wait for the server.
+    void take(const Picture&, const DeviceRect& whole, const DeviceRect& visible);
+    // Moves, maps where `isShown`, and paints what was taken, without flushing or waiting.
+    // Where it is blended, a colour leaves out `others`, parts of the screen that other windows
+    // paint.
+    void show(bool isShown, std::span<const DeviceRect> others = {});
+    void showNothing();
     // Paints the last picture where it maps: the server keeps none of an unmapped window.
     void setShown(bool isShown);
 
@@ -60,7 +64,7 @@ private:
 
     bool map(bool isShown);
     void setProperties();
-    void place(const DeviceRect& frame);
+    void place();
     void leaveOut(std::span<const DeviceRect> others);
     void paintColour(std::uint32_t colour);
     void fill(std::uint32_t colour, std::span<const xcb_rectangle_t> parts);
@@ -69,7 +73,7 @@ private:
     void draw(PixelSource&, const DeviceRect& whole, std::span<std::uint32_t> pixels);
     void copy(const Image&, const DeviceRect& whole, std::span<std::uint32_t> pixels) const;
     void stretch(const Image&, const DeviceRect& whole, std::span<std::uint32_t> pixels) const;
-    void paintAgain();
+    void paint();
     void follow(std::uint64_t alphaNumber, const DeviceRect& whole, std::span<std::uint32_t> pixels);
     void shape();
 
@@ -78,12 +82,14 @@ private:
     const xcb_window_t m_window;
     const xcb_gcontext_t m_graphics;
     DeviceRect m_frame;
+    DeviceRect m_placed;  // the frame that the server knows
     bool m_isMapped = false;
     PictureBuffer m_buffer;
     Image m_drawn;                           // what a source draws of which a part is shown, or which is stretched
     std::optional<std::uint32_t> m_colour;   // what was painted last, where it was no pixels
     std::vector<xcb_rectangle_t> m_leftOut;  // of the colour
     PictureOutline m_outline;
+    bool m_hasNewOutline = false;
     OutlineSource m_outlineSource;
 };
 

@@ -109,24 +109,27 @@ void X11OverlayWindow::present(std::span<const Picture> pictures)
     m_owner.m_contentsKeeper.haveMapped();
     for (const auto& window : m_pictures)
         m_owner.m_parts.stack.movePicture(window->id(), m_isShown ? window->frame() : DeviceRect{});
+    if (m_isShown)
+        m_owner.takeKeys();
 }
 
 void X11OverlayWindow::show(std::span<const Picture> pictures)
 {
     // The first to go: what they uncover of the others is painted afterwards.
     for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
-        m_pictures[i]->show({}, {}, {}, false);
+        m_pictures[i]->showNothing();
     const auto windowsBefore = m_pictures.size();
+    // Whatever waits for the server comes before anything is seen: all changes at once.
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        const auto whole = deviceRectOf(pictures[i].rectangle);
+        pictureWindow(i).take(pictures[i], whole, intersection(whole, m_deviceFrame));
+    }
     // All before the first is mapped: they may cover each other.
     const bool mustTell = m_isShown && m_owner.m_contentsKeeper.keepsLater();
     for (std::size_t i = 0; mustTell && i < pictures.size(); ++i)
-        m_owner.m_contentsKeeper.willMap(pictureWindow(i).id(), intersection(deviceRectOf(pictures[i].rectangle), m_deviceFrame));
-    for (std::size_t i = 0; i < pictures.size(); ++i) {
-        auto& window = pictureWindow(i);
-        const auto whole = deviceRectOf(pictures[i].rectangle);
-        const auto others = isColour(pictures[i]) ? findColours(pictures.subspan(i + 1)) : std::span<const DeviceRect>();
-        window.show(pictures[i], whole, intersection(whole, m_deviceFrame), m_isShown, others);
-    }
+        m_owner.m_contentsKeeper.willMap(m_pictures[i]->id(), m_pictures[i]->frame());
+    for (std::size_t i = 0; i < pictures.size(); ++i)
+        m_pictures[i]->show(m_isShown, isColour(pictures[i]) ? findColours(pictures.subspan(i + 1)) : std::span<const DeviceRect>());
     if (m_pictures.size() == windowsBefore)
         return;
     m_owner.raiseAll();

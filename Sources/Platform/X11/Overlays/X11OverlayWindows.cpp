@@ -1,6 +1,7 @@
 #include "Platform/X11/Overlays/X11OverlayWindows.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Platform/X11/Overlays/X11OverlayWindow.h"
 
@@ -56,8 +57,21 @@ void X11OverlayWindows::orderFront(X11OverlayWindow& window)
     publishStack();
     if (!wasNoneShown)
         return;
-    m_parts.keys.grab([this](const KeyEvent& event) { keyDown(event); }, window.catcher());
+    takeKeysSoon();
     m_stackGuard.watch();
+}
+
+// Grabbing all keys takes the server 2 to 5 ms, for which the first picture shall not wait.
+void X11OverlayWindows::takeKeysSoon()
+{
+    constexpr std::chrono::nanoseconds tick{16'666'666};
+    m_keysTimer = m_parts.mainLoop.repeatingTimer(tick, [this] { takeKeys(); });
+}
+
+void X11OverlayWindows::takeKeys()
+{
+    if (const auto timer = std::exchange(m_keysTimer, nullptr))
+        m_parts.keys.grab([this](const KeyEvent& event) { keyDown(event); }, m_shown.front()->catcher());
 }
 
 void X11OverlayWindows::orderOut(X11OverlayWindow& window)
@@ -72,6 +86,7 @@ void X11OverlayWindows::orderOut(X11OverlayWindow& window)
     if (!m_shown.empty())
         return;
     m_stackGuard.stopWatching();
+    m_keysTimer.reset();
     m_parts.keys.release();
 }
 

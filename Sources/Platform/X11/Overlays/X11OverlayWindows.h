@@ -3,7 +3,8 @@
 // An overlay without a shadow is flat: one InputOnly window of its frame's size takes all
 // clicks there. One with a shadow is a thing with the outline of its picture: clicks inside
 // it are taken, those on transparent corners go to what lies beneath. The keyboard comes by
-// passive grabs; the focus stays.
+// passive grabs; the focus stays. It comes once the first picture is on its way, and a tick
+// after the first overlay is shown at the latest.
 #pragma once
 
 #include <memory>
@@ -50,6 +51,8 @@ private:
     void remove(X11OverlayWindow&);
     void orderFront(X11OverlayWindow&);
     void orderOut(X11OverlayWindow&);
+    void takeKeysSoon();
+    void takeKeys();
     void raiseAll();
     void dismissAll();
     void renewFormats();
@@ -64,6 +67,7 @@ private:
     ContentsKeeper m_contentsKeeper;
     StackGuard m_stackGuard;
     FocusKeeper m_focusKeeper;
+    std::unique_ptr<Timer> m_keysTimer;  // until the keys are taken
 };
 
 }  // namespace Platform::X11
