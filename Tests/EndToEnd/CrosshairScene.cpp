@@ -8,6 +8,6 @@ namespace TestSupport {
 
 void CrosshairScene::pressShortcut() { desktop().keyboard().chord({KEY_LEFTMETA, KEY_LEFTALT, KEY_X}); }
 
-testing::AssertionResult CrosshairScene::showsCrosshairAt(int x, int y) { return shows(withCrosshair(beneath(), x, y)); }
+testing::AssertionResult CrosshairScene::showsCrosshairAt(int x, int y) { return withKeys(shows(withCrosshair(beneath(), x, y))); }
 
 }  // namespace TestSupport

@@ -17,7 +17,7 @@ testing::AssertionResult LoupeScene::showsLoupe(ExpectedLoupe loupe) { return sh
 testing::AssertionResult LoupeScene::showsLoupeOver(const Platform::Image& beneath, ExpectedLoupe loupe)
 {
     loupe.isBlended = m_isBlended;
-    return showsWithout([&](const Platform::Image& actual) { return whatIsWrong(loupe, beneath, actual); });
+    return withKeys(showsWithout([&](const Platform::Image& actual) { return whatIsWrong(loupe, beneath, actual); }));
 }
 
 bool LoupeScene::isCompositing(WindowManagerKind kind)

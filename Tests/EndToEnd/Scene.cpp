@@ -69,6 +69,14 @@ testing::AssertionResult Scene::shows(const Platform::Image& expected)
     });
 }
 
+testing::AssertionResult Scene::withKeys(testing::AssertionResult result)
+{
+    // Escape is the last of them.
+    if (result && !waitUntil([this] { return isHotKeyTaken(m_desktop.displayName(), KEY_ESC, 0); }))
+        return testing::AssertionFailure() << "the overlays do not take the keys";
+    return result;
+}
+
 bool Scene::waitForPicture(const std::function<bool()>& isRight) { return waitUntil(isRight, std::chrono::seconds(5)); }
 
 bool Scene::showsCursorAt(int x, int y)
