@@ -12,6 +12,8 @@ namespace Benchmarks {
 struct KeyToPictureFigures {
     Setup setup;
     std::vector<Crosshair::Latency> presses;
+    int repeated = 0;                   // presses that were taken again instead, because the host ran others meanwhile
+    std::chrono::nanoseconds stolen{};  // in the presses that were kept all the same
 };
 
 // Throws when a press had no effect.

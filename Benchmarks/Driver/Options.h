@@ -24,7 +24,7 @@ struct Options {
     std::string markdownPath;  // empty: no file
     bool hasMovingFloor = false;
     bool isQuick = false;
-    Parts parts = allParts;    // what is measured
+    Parts parts = allParts;  // what is measured
     std::vector<Setup> setups;
     int rounds = 5;
     std::chrono::milliseconds roundLength{3000};

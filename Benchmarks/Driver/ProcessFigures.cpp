@@ -53,6 +53,21 @@ bool isArmed(const fs::path& information)
     return false;
 }
 
+struct MachineTimes {
+    std::chrono::nanoseconds busy;
+    std::chrono::nanoseconds stolen;
+};
+
+MachineTimes machineTimes()
+{
+    std::istringstream fields(firstLine("/proc/stat"));
+    std::string label;
+    long user = 0, nice = 0, system = 0, idle = 0, waiting = 0, interrupts = 0, softInterrupts = 0, stolen = 0;
+    fields >> label >> user >> nice >> system >> idle >> waiting >> interrupts >> softInterrupts >> stolen;
+    const auto time = [](long ticks) { return std::chrono::nanoseconds(std::chrono::seconds(ticks)) / sysconf(_SC_CLK_TCK); };
+    return {time(user + nice + system + interrupts + softInterrupts), time(stolen)};
+}
+
 }  // namespace
 
 std::chrono::nanoseconds processorTime(pid_t pid)
@@ -93,14 +108,8 @@ TimerDescriptors timerDescriptors(pid_t pid)
     return timers;
 }
 
-std::chrono::nanoseconds machineProcessorTime()
-{
-    std::istringstream fields(firstLine("/proc/stat"));
-    std::string label;
-    long user = 0, nice = 0, system = 0, idle = 0, waiting = 0, interrupts = 0, softInterrupts = 0;
-    fields >> label >> user >> nice >> system >> idle >> waiting >> interrupts >> softInterrupts;
-    const long ticks = user + nice + system + interrupts + softInterrupts;
-    return std::chrono::nanoseconds(std::chrono::seconds(ticks)) / sysconf(_SC_CLK_TCK);
-}
+std::chrono::nanoseconds machineProcessorTime() { return machineTimes().busy; }
+
+std::chrono::nanoseconds stolenTime() { return machineTimes().stolen; }
 
 }  // namespace Benchmarks

@@ -31,4 +31,8 @@ TimerDescriptors timerDescriptors(pid_t);
 // Time on all processors of the machine since it started, idle and waiting left out.
 std::chrono::nanoseconds machineProcessorTime();
 
+// Time that the host of a virtual machine gave to others while a processor of this one had
+// something to do: everything took that much longer.
+std::chrono::nanoseconds stolenTime();
+
 }  // namespace Benchmarks

@@ -77,8 +77,8 @@ public:
     virtual void present(std::span<const Picture>) = 0;
 
     // Shows the overlay above everything, other overlays included, and makes it the key one.
-    // The first that is shown has the keyboard as soon as something was presented, or else a
-    // moment later.
+    // The first that is shown has the keyboard when its picture is seen, a moment later at
+    // the latest.
     virtual void makeKeyAndOrderFront() = 0;
     virtual void orderOut() = 0;
 };

@@ -143,6 +143,20 @@ TEST_F(PresentingTest, LetsTheFirstPictureGoBeforeTheKeys)
     EXPECT_FALSE(hasKeys());
 }
 
+// A compositor has more to do than the server until the picture is seen.
+TEST_F(PresentingTest, TakesTheKeysATickLaterUnderACompositor)
+{
+    auto picom = desktop.server().start({"picom", "--backend", "xrender", "--config", "/dev/null"});
+    ASSERT_TRUE(loopUntil([this] { return requests->hasCompositor(); }));
+    const auto overlay = makeOverlay();
+    const auto hasKeys = [&] { return TestSupport::isHotKeyTaken(desktop.displayName(), KEY_A, 0); };
+    overlay->makeKeyAndOrderFront();
+    const Picture picture{.rectangle = {10, 10, 20, 20}, .colour = red};
+    overlay->present({&picture, 1});
+    EXPECT_FALSE(hasKeys());
+    EXPECT_TRUE(loopUntil(hasKeys));
+}
+
 TEST_F(PresentingTest, LeavesTheKeysWhereItGoesBeforeItsFirstPicture)
 {
     const auto overlay = makeOverlay();

@@ -109,7 +109,8 @@ void X11OverlayWindow::present(std::span<const Picture> pictures)
     m_owner.m_contentsKeeper.haveMapped();
     for (const auto& window : m_pictures)
         m_owner.m_parts.stack.movePicture(window->id(), m_isShown ? window->frame() : DeviceRect{});
-    if (m_isShown)
+    const bool isSeen = m_isShown && !m_format.isBlended;
+    if (isSeen)
         m_owner.takeKeys();
 }
 
