@@ -79,7 +79,6 @@ void Desktop::setPatternBackground(xcb_window_t window, const Image& tile, bool 
     xcb_free_pixmap(*m_connection, pixmap);
 }
 
-// As wallpaper setters do: the background and the property by which compositors find it.
 void Desktop::fill(xcb_window_t window, const DeviceRect& area, std::uint32_t colour)
 {
     auto& c = *m_connection;
@@ -90,6 +89,7 @@ void Desktop::fill(xcb_window_t window, const DeviceRect& area, std::uint32_t co
     xcb_free_gc(c, graphics);
 }
 
+// As wallpaper setters do: the background and the property by which compositors find it.
 void Desktop::setRootTile(const Image& tile)
 {
     auto& c = *m_connection;

@@ -111,6 +111,77 @@ TEST_F(Painter, NamesThePixmapAnewForNewContents)
     EXPECT_EQ(paint({step}), 0x00ff00U);
 }
 
+// What a compositor shows of the root.
+class PaintedWallpaper : public Painter {
+protected:
+    // Of 7 by 5 pixels, of which each has a colour of its own.
+    PaintedWallpaper()
+    {
+        m_root.hasCompositor = true;
+        m_root.wallpaper = m_c.newId();
+        xcb_create_pixmap(m_c, m_c.screen().root_depth, m_root.wallpaper, m_c.root(), tileWidth, tileHeight);
+        m_c.waitForServer();
+        for (int y = 0; y < tileHeight; ++y) {
+            for (int x = 0; x < tileWidth; ++x)
+                m_desktop.fill(m_root.wallpaper, {x, y, 1, 1}, colourAt(x, y));
+        }
+        m_desktop.sync();
+    }
+
+    static std::uint32_t colourAt(int x, int y) { return static_cast<std::uint32_t>(0x100 * (x % tileWidth + 1) + y % tileHeight + 1); }
+
+    std::vector<std::uint32_t> paintRoot(const DeviceRect& area, const DeviceRect& part)
+    {
+        PaintStep step;
+        step.area = part;
+        m_images.begin(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height));
+        const auto picture = Painter::paint({&step, 1}, area);
+        EXPECT_TRUE(m_images.read());
+        takeEvents();
+        std::vector<std::uint32_t> colours;
+        for (const auto pixel : m_images.pixels(picture))
+            colours.push_back(pixel & 0xffffff);
+        return colours;
+    }
+    std::vector<std::uint32_t> paintRoot(const DeviceRect& area) { return paintRoot(area, area); }
+
+    static std::vector<std::uint32_t> tiled(const DeviceRect& area)
+    {
+        std::vector<std::uint32_t> colours;
+        for (int y = area.y; y < area.bottom(); ++y) {
+            for (int x = area.x; x < area.right(); ++x)
+                colours.push_back(colourAt(x, y));
+        }
+        return colours;
+    }
+
+    static constexpr int tileWidth = 7;
+    static constexpr int tileHeight = 5;
+};
+
+TEST_F(PaintedWallpaper, LiesWhereItLiesOnTheScreen)
+{
+    for (const DeviceRect area : {DeviceRect{0, 0, 20, 12}, {13, 11, 20, 12}, {0, 99, 320, 1}, {101, 0, 1, 200}, {0, 0, 20, 12}})
+        EXPECT_EQ(paintRoot(area), tiled(area)) << area.x << ", " << area.y;
+    // A part of what is captured.
+    const auto colours = paintRoot({10, 10, 20, 20}, {15, 12, 5, 5});
+    EXPECT_EQ(colours[2 * 20 + 5], colourAt(15, 12));
+    EXPECT_EQ(colours[6 * 20 + 9], colourAt(19, 16));
+}
+
+TEST_F(PaintedWallpaper, StaysWhereItsOwnerFreesItAndIsGreyOnceItIsAskedForAnew)
+{
+    const DeviceRect area = {13, 11, 20, 12};
+    EXPECT_EQ(paintRoot(area), tiled(area));
+    xcb_free_pixmap(m_c, m_root.wallpaper);
+    EXPECT_EQ(paintRoot(area), tiled(area));
+    ++m_root.generation;
+    EXPECT_EQ(paintRoot(area), std::vector<std::uint32_t>(20 * 12, 0x808080));
+    m_root.wallpaper = XCB_NONE;
+    ++m_root.generation;
+    EXPECT_EQ(paintRoot(area), std::vector<std::uint32_t>(20 * 12, 0x808080));
+}
+
 // Each would be a message to read at every capture.
 TEST_F(Painter, HearsNothingOfCopiesThatReachBeyondAWindow)
 {

@@ -29,7 +29,7 @@ DeviceRect hiddenRoot(std::span<const PaintStep> steps)
 }  // namespace
 
 Painter::Painter(CaptureServer& server)
-    : m_server(server), m_c(server.connection()), m_gc(server.connection().newScreenGraphics()), m_rootBackground(server)
+    : m_server(server), m_c(server.connection()), m_gc(server.connection().newScreenGraphics()), m_rootBackground(server), m_wallpaper(server)
 {
 }
 
@@ -43,22 +43,28 @@ Painter::~Painter()
 
 void Painter::paint(std::span<const PaintStep> steps, const DeviceRect& area, const RootLook& root, Canvas& canvas)
 {
-    const auto hidden = hiddenRoot(steps);
-    const auto background = hidden.isEmpty() ? RootBackground::Source() : m_rootBackground.sourceFor(hidden, root);
+    paintRoot(steps, area, root, canvas);
     for (std::size_t i = steps.size(); i-- > 0;) {
-        if (steps[i].window == XCB_WINDOW_NONE)
-            paintRoot(steps[i], canvas, area, background);
-        else
+        if (steps[i].window != XCB_WINDOW_NONE)
             paintWindow(steps[i], canvas, area);
     }
 }
 
-void Painter::paintRoot(const PaintStep& step, const Canvas& canvas, const DeviceRect& area, const RootBackground::Source& background)
+// What is taken from the screen itself, all windows included, no other step paints.
+void Painter::paintRoot(std::span<const PaintStep> steps, const DeviceRect& area, const RootLook& root, const Canvas& canvas)
 {
-    if (step.isOnScreen)
-        copy(m_server.connection().root(), {step.area.x, step.area.y}, step, canvas, area);
-    else
-        copy(background.pixmap, {step.area.x - background.area.x, step.area.y - background.area.y}, step, canvas, area);
+    const auto hidden = root.hasCompositor ? DeviceRect() : hiddenRoot(steps);
+    const auto background = hidden.isEmpty() ? RootBackground::Source() : m_rootBackground.sourceFor(hidden, root);
+    for (const auto& step : steps) {
+        if (step.window != XCB_WINDOW_NONE)
+            continue;
+        if (step.isOnScreen)
+            copy(m_server.connection().root(), {step.area.x, step.area.y}, step, canvas, area);
+        else if (root.hasCompositor)
+            m_wallpaper.paint(step.area, canvas, {area.x, area.y}, root);
+        else
+            copy(background.pixmap, {step.area.x - background.area.x, step.area.y - background.area.y}, step, canvas, area);
+    }
 }
 
 // CopyArea knows no formats: both sides must have the same depth.

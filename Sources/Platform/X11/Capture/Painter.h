@@ -12,6 +12,7 @@
 #include "Platform/X11/Capture/CaptureServer.h"
 #include "Platform/X11/Capture/PaintPlan.h"
 #include "Platform/X11/Capture/RootBackground.h"
+#include "Platform/X11/Capture/WallpaperBrush.h"
 
 namespace Platform::X11 {
 
@@ -50,7 +51,7 @@ private:
     Named& named(const PaintStep&);
     void release(Named&);
     void paintWindow(const PaintStep&, Canvas&, const DeviceRect& area);
-    void paintRoot(const PaintStep&, const Canvas&, const DeviceRect& area, const RootBackground::Source&);
+    void paintRoot(std::span<const PaintStep>, const DeviceRect& area, const RootLook&, const Canvas&);
     void copy(xcb_drawable_t, DevicePoint source, const PaintStep&, const Canvas&, const DeviceRect& area);
     void blend(Named&, const PaintStep&, Canvas&, const DeviceRect& area);
 
@@ -58,6 +59,7 @@ private:
     xcb_connection_t* m_c;
     xcb_gcontext_t m_gc;
     RootBackground m_rootBackground;
+    WallpaperBrush m_wallpaper;
     std::unordered_map<xcb_window_t, Named> m_named;
 };
 

@@ -23,9 +23,8 @@ bool isLine(const DeviceRect& area)
 
 DeviceRect bandAround(const DeviceRect& area, const RootLook& look)
 {
-    // Where there is no compositor, only those that stand still hide the root along all of
-    // their length.
-    if (!look.hasCompositor && isLine(area))
+    // Only those that stand still hide the root along all of their length.
+    if (isLine(area))
         return area;
     const int left = area.x / bandWidth * bandWidth;
     const int top = area.y / bandWidth * bandWidth;
@@ -46,10 +45,7 @@ const RootBackground::Source& RootBackground::sourceFor(const DeviceRect& area, 
         band = std::min_element(m_bands.begin(), m_bands.end(), [](const Band& a, const Band& b) { return a.lastUse < b.lastUse; });
         release(band->source);
         band->source = {m_server.connection().newId(), bandAround(area, root)};
-        if (root.hasCompositor)
-            takeWallpaper(band->source, root.wallpaper);
-        else
-            takeFromServer(band->source);
+        takeFromServer(band->source);
     }
     band->lastUse = ++m_uses;
     return band->source;
@@ -71,28 +67,6 @@ void RootBackground::takeFromServer(const Source& source)
     xcb_map_window(c, window);
     xcb_composite_name_window_pixmap(c, window, source.pixmap);
     xcb_destroy_window(c, window);
-}
-
-// Under a compositor the server paints no such background into windows (they start with
-// what the screen shows), and it is not what the compositor shows either: that is the
-// wallpaper, or where there is none, grey.
-void RootBackground::takeWallpaper(const Source& source, xcb_pixmap_t wallpaper)
-{
-    constexpr std::uint32_t grey = 0x808080;
-    auto& c = m_server.connection();
-    const auto gc = c.newId();
-    const xcb_rectangle_t all = {0, 0, static_cast<std::uint16_t>(source.area.width), static_cast<std::uint16_t>(source.area.height)};
-    xcb_create_pixmap(c, c.screen().root_depth, source.pixmap, c.root(), all.width, all.height);
-    xcb_create_gc(c, gc, source.pixmap, XCB_GC_FOREGROUND, &grey);
-    xcb_poly_fill_rectangle(c, source.pixmap, gc, 1, &all);
-    if (wallpaper != XCB_NONE) {
-        const std::uint32_t values[] = {
-            XCB_FILL_STYLE_TILED, wallpaper, static_cast<std::uint32_t>(-source.area.x), static_cast<std::uint32_t>(-source.area.y)};
-        // Refused as a whole when the wallpaper's pixmap is gone; then it stays grey.
-        xcb_change_gc(c, gc, XCB_GC_FILL_STYLE | XCB_GC_TILE | XCB_GC_TILE_STIPPLE_ORIGIN_X | XCB_GC_TILE_STIPPLE_ORIGIN_Y, values);
-        xcb_poly_fill_rectangle(c, source.pixmap, gc, 1, &all);
-    }
-    xcb_free_gc(c, gc);
 }
 
 void RootBackground::release(Source& source)

@@ -1,4 +1,4 @@
-// The root window's background as pixmaps, kept in bands along what is captured, not
+// The root window's background without a compositor, as pixmaps, kept in bands along what is captured, not
 // for the whole screen: one for 8K would take 132 MB of the server's memory.
 #pragma once
 
@@ -39,7 +39,6 @@ private:
     };
 
     void takeFromServer(const Source&);
-    void takeWallpaper(const Source&, xcb_pixmap_t wallpaper);
     void release(Source&);
 
     CaptureServer& m_server;
