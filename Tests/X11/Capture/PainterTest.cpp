@@ -163,6 +163,9 @@ TEST_F(PaintedWallpaper, LiesWhereItLiesOnTheScreen)
 {
     for (const DeviceRect area : {DeviceRect{0, 0, 20, 12}, {13, 11, 20, 12}, {0, 99, 320, 1}, {101, 0, 1, 200}, {0, 0, 20, 12}})
         EXPECT_EQ(paintRoot(area), tiled(area)) << area.x << ", " << area.y;
+    // Taken anew.
+    for (int i = 0; i < 2; ++i, ++m_root.generation)
+        EXPECT_EQ(paintRoot({13, 11, 20, 12}), tiled({13, 11, 20, 12}));
     // A part of what is captured.
     const auto colours = paintRoot({10, 10, 20, 20}, {15, 12, 5, 5});
     EXPECT_EQ(colours[2 * 20 + 5], colourAt(15, 12));
