@@ -1,10 +1,15 @@
 #include "RestBenchmark.h"
 
+#include <linux/input-event-codes.h>
+
+#include <stdexcept>
 #include <thread>
 
 #include "Crosshair.h"
 #include "Platform/X11/Keys/ModifierMap.h"
+#include "Support/Desktop/ForeignHotKey.h"
 #include "Support/Desktop/XTestPointer.h"
+#include "Support/WaitUntil.h"
 
 namespace Benchmarks {
 namespace {
@@ -34,6 +39,9 @@ long serverMemoryOfCrosshair(const Options& options, bool hasWindows)
     Crosshair crosshair(desktop, options.programPath);
     const auto before = ownBytes(desktop.serverPid());
     crosshair.show();
+    // The keys come after the picture.
+    if (!TestSupport::waitUntil([&] { return TestSupport::isHotKeyTaken(desktop.displayName(), KEY_ESC, 0); }))
+        throw std::runtime_error("the crosshair does not take the keys");
     const auto more = ownBytes(desktop.serverPid()) - before;
     crosshair.hide();
     return more;
