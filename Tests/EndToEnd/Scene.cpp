@@ -69,7 +69,7 @@ testing::AssertionResult Scene::shows(const Platform::Image& expected)
     });
 }
 
-testing::AssertionResult Scene::withKeys(testing::AssertionResult result)
+testing::AssertionResult Scene::withKeys(const testing::AssertionResult& result)
 {
     // Escape is the last of them.
     if (result && !waitUntil([this] { return isHotKeyTaken(m_desktop.displayName(), KEY_ESC, 0); }))

@@ -63,7 +63,7 @@ public:
 
 protected:
     // Returns that result once the overlays have the keys, too, which come after the picture.
-    testing::AssertionResult withKeys(testing::AssertionResult);
+    testing::AssertionResult withKeys(const testing::AssertionResult&);
 
     // Success once what is wrong with a picture of the screen is nothing; it waits for that.
     template <typename WhatIsWrong> testing::AssertionResult showsWithout(WhatIsWrong&& whatIsWrong)

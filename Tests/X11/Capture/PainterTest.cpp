@@ -175,14 +175,15 @@ TEST_F(PaintedWallpaper, LiesWhereItLiesOnTheScreen)
 TEST_F(PaintedWallpaper, StaysWhereItsOwnerFreesItAndIsGreyOnceItIsAskedForAnew)
 {
     const DeviceRect area = {13, 11, 20, 12};
+    const std::vector<std::uint32_t> grey(tiled(area).size(), 0x808080);
     EXPECT_EQ(paintRoot(area), tiled(area));
     xcb_free_pixmap(m_c, m_root.wallpaper);
     EXPECT_EQ(paintRoot(area), tiled(area));
     ++m_root.generation;
-    EXPECT_EQ(paintRoot(area), std::vector<std::uint32_t>(20 * 12, 0x808080));
+    EXPECT_EQ(paintRoot(area), grey);
     m_root.wallpaper = XCB_NONE;
     ++m_root.generation;
-    EXPECT_EQ(paintRoot(area), std::vector<std::uint32_t>(20 * 12, 0x808080));
+    EXPECT_EQ(paintRoot(area), grey);
 }
 
 // Each would be a message to read at every capture.
