@@ -44,7 +44,8 @@ KeyToPictureFigures measureKeyToPicture(const Setup& screen, const Options& opti
     Desktop desktop(setup);
     TestSupport::XTestPointer pointer(desktop.displayName());
     Crosshair crosshair(desktop, options.programPath);
-    KeyToPictureFigures figures{setup, {}, {}};
+    KeyToPictureFigures figures;
+    figures.setup = setup;
     const int mostRepeated = repeatsOfAPress * options.presses;
     for (int i = 0; std::ssize(figures.presses) < options.presses; ++i) {
         moveToPlace(pointer, setup, i);

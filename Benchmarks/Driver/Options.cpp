@@ -31,17 +31,22 @@ void makeQuick(Options& options)
     options.idleLength = 1s;
 }
 
+// False when it names none.
 bool addPart(Parts& parts, std::string_view name)
 {
-    const bool isCrosshair = name == "--crosshair";
-    const auto add = [](bool& part, bool isNamed) {
-        part = part || isNamed;
-        return isNamed;
-    };
-    const bool processorTime = add(parts.processorTime, isCrosshair || name == "--processor-time");
-    const bool keyToPicture = add(parts.keyToPicture, isCrosshair || name == "--key-to-picture");
-    const bool rest = add(parts.rest, isCrosshair || name == "--rest");
-    return add(parts.loupe, name == "--loupe") || processorTime || keyToPicture || rest;
+    if (name == "--crosshair")
+        parts.processorTime = parts.keyToPicture = parts.rest = true;
+    else if (name == "--processor-time")
+        parts.processorTime = true;
+    else if (name == "--key-to-picture")
+        parts.keyToPicture = true;
+    else if (name == "--rest")
+        parts.rest = true;
+    else if (name == "--loupe")
+        parts.loupe = true;
+    else
+        return false;
+    return true;
 }
 
 std::optional<Options> sayUsage()

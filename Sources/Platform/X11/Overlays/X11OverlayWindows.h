@@ -3,9 +3,9 @@
 // An overlay without a shadow is flat: one InputOnly window of its frame's size takes all
 // clicks there. One with a shadow is a thing with the outline of its picture: clicks inside
 // it are taken, those on transparent corners go to what lies beneath. The keyboard comes by
-// passive grabs; the focus stays. It comes once the first picture is shown, and a tick
-// after the first overlay at the latest. A compositor has most of that tick to do before
-// the picture is on the screen.
+// passive grabs; the focus stays. It comes once the first picture is shown and the windows
+// beneath keep their contents, or else a tick after the first overlay: a compositor has most
+// of that tick to do before the picture is on the screen.
 #pragma once
 
 #include <memory>
