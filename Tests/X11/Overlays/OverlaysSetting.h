@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,11 +31,14 @@ struct RecordingCapture : CaptureActivation {
     {
         calls += "keepContents ";
         covered.assign(parts.begin(), parts.end());
+        if (whenKept)
+            whenKept();
     }
     void deactivate() override { calls += "deactivate "; }
 
     std::string calls;
     std::vector<CoveredPart> covered;
+    std::function<void()> whenKept;
 };
 
 struct RecordingDelegate : OverlayWindowDelegate {

@@ -3,6 +3,7 @@
 #include <linux/input-event-codes.h>
 
 #include <atomic>
+#include <optional>
 #include <thread>
 
 #include "Support/Desktop/ForeignHotKey.h"
@@ -13,8 +14,8 @@ namespace {
 
 using PresentingTest = OverlaysSetting;
 
-// Another client, which looks at two pixels of the screen whenever a window is mapped or
-// moved, as soon as it hears of it.
+// Another client, which looks at two pixels of the screen whenever a window comes, moves or
+// goes, as soon as it hears of it.
 class Onlooker {
 public:
     explicit Onlooker(const std::string& displayName) : m_connection(Connection::open(displayName))
@@ -44,6 +45,8 @@ public:
     int looks() const { return m_looks; }
     // How often the two pixels differed.
     int differences() const { return m_differences; }
+    // How often neither was red.
+    int looksWithoutRed() const { return m_looksWithoutRed; }
 
 private:
     void run()
@@ -51,7 +54,8 @@ private:
         while (const auto event = adopt(xcb_wait_for_event(*m_connection))) {
             if (m_isEnding)
                 return;
-            if (eventType(*event) == XCB_MAP_NOTIFY || eventType(*event) == XCB_CONFIGURE_NOTIFY)
+            const auto type = eventType(*event);
+            if (type == XCB_MAP_NOTIFY || type == XCB_UNMAP_NOTIFY || type == XCB_CONFIGURE_NOTIFY)
                 look();
         }
     }
@@ -61,7 +65,10 @@ private:
         const auto first = request(m_first);
         const auto second = request(m_second);
         const auto firstColour = receive(first);
-        m_differences += firstColour != receive(second) ? 1 : 0;
+        const auto secondColour = receive(second);
+        m_differences += firstColour != secondColour ? 1 : 0;
+        constexpr auto opaqueRed = red & 0xffffff;
+        m_looksWithoutRed += firstColour != opaqueRed && secondColour != opaqueRed ? 1 : 0;
         ++m_looks;
     }
     xcb_get_image_cookie_t request(const DeviceRect& pixel) const
@@ -85,6 +92,7 @@ private:
     std::atomic<bool> m_isEnding = false;
     std::atomic<int> m_looks = 0;
     std::atomic<int> m_differences = 0;
+    std::atomic<int> m_looksWithoutRed = 0;
 };
 
 TEST_F(PresentingTest, ChangesAllPicturesAtOnce)
@@ -105,6 +113,31 @@ TEST_F(PresentingTest, ChangesAllPicturesAtOnce)
     }
     EXPECT_GE(onlooker.looks(), 10);
     EXPECT_EQ(onlooker.differences(), 0);
+}
+
+TEST_F(PresentingTest, TakesAPictureAwayOnceTheOthersAreThere)
+{
+    const auto overlay = makeOverlay();
+    overlay->makeKeyAndOrderFront();
+    const auto corner = solid(4, 4, red);
+    const auto former = solid(300, 4, red);
+    const Picture before[] = {{.rectangle = {0, 0, 4, 4}, .image = &corner}, {.rectangle = {0, 596, 300, 4}, .image = &former}};
+    overlay->present(before);
+    EXPECT_TRUE(shows(20, 1, red));
+    Onlooker onlooker(desktop.displayName());
+    onlooker.watch({20, 1, 1, 1}, {20, 201, 1, 1});
+    // It grows, so that each time there is memory to be agreed on with the server.
+    for (int i = 1; i <= 20; ++i) {
+        const int length = 300 + 10 * i;
+        const auto next = solid(length, 4, red);
+        const Picture after{.rectangle = {0, 396, static_cast<double>(length), 4}, .image = &next};
+        overlay->present({&after, 1});
+        EXPECT_TRUE(shows(20, 201, red) && !shows(20, 1, red)) << i;
+        overlay->present(before);
+        EXPECT_TRUE(shows(20, 1, red) && !shows(20, 201, red)) << i;
+    }
+    EXPECT_GE(onlooker.looks(), 10);
+    EXPECT_EQ(onlooker.looksWithoutRed(), 0);
 }
 
 TEST_F(PresentingTest, BringsAPictureBackAtAnotherPlace)
@@ -129,15 +162,21 @@ TEST_F(PresentingTest, BringsAPictureBackAtAnotherPlace)
     EXPECT_TRUE(shows(10, 10, red));
 }
 
-// The server needs milliseconds for the keys.
+// The server needs milliseconds for the keys. What a window covers is kept once it is mapped.
 TEST_F(PresentingTest, LetsTheFirstPictureGoBeforeTheKeys)
 {
     const auto overlay = makeOverlay();
     const auto hasKeys = [&] { return TestSupport::isHotKeyTaken(desktop.displayName(), KEY_A, 0); };
     overlay->makeKeyAndOrderFront();
     EXPECT_FALSE(hasKeys());
+    std::optional<bool> hadKeysWithThePicture;
+    capture.whenKept = [&] {
+        if (shows(20, 580, red))
+            hadKeysWithThePicture = hasKeys();
+    };
     const Picture picture{.rectangle = {10, 10, 20, 20}, .colour = red};
     overlay->present({&picture, 1});
+    EXPECT_EQ(hadKeysWithThePicture, std::optional(false));
     EXPECT_TRUE(hasKeys());
     overlay->orderOut();
     EXPECT_FALSE(hasKeys());

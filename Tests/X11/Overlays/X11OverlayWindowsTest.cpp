@@ -201,6 +201,25 @@ TEST_F(X11OverlayWindowsTest, GivesKeysToTheLastOverlayOrderedFront)
     EXPECT_EQ(other.keys.size(), 1U);
 }
 
+TEST_F(X11OverlayWindowsTest, KeepsTheKeysWhereNobodyHasTheFocusWhenTheFirstOfTwoGoes)
+{
+    xcb_set_input_focus(desktop.connection(), XCB_INPUT_FOCUS_NONE, XCB_WINDOW_NONE, XCB_CURRENT_TIME);
+    desktop.connection().waitForServer();
+    RecordingDelegate other;
+    auto first = makeOverlay();
+    auto second = overlays->makeOverlayWindow({.frame = {0, 0, 10, 10}, .hasShadow = true}, other);
+    first->makeKeyAndOrderFront();
+    first->present({});
+    second->makeKeyAndOrderFront();
+    EXPECT_NE(desktop.focus(), XCB_WINDOW_NONE);
+    first.reset();
+    EXPECT_NE(desktop.focus(), XCB_WINDOW_NONE);
+    desktop.keyboard().tap(KEY_A);
+    EXPECT_TRUE(loopUntil([&] { return other.keys == std::vector<int>{0}; }));
+    second->orderOut();
+    EXPECT_EQ(desktop.focus(), XCB_WINDOW_NONE);
+}
+
 TEST_F(X11OverlayWindowsTest, LeavesTheFocusWhereItIs)
 {
     TestWindow window(desktop.displayName(), "beneath", {0, 0, 400, 300}, 1);
@@ -210,6 +229,7 @@ TEST_F(X11OverlayWindowsTest, LeavesTheFocusWhereItIs)
     {
         const auto overlay = makeOverlay();
         overlay->makeKeyAndOrderFront();
+        overlay->present({});
         settle();
         EXPECT_EQ(desktop.focus(), focus);
     }

@@ -86,7 +86,7 @@ private:
     bool m_isMapped = false;
     PictureBuffer m_buffer;
     Image m_drawn;                           // what a source draws of which a part is shown, or which is stretched
-    std::optional<std::uint32_t> m_colour;   // what was painted last, where it was no pixels
+    std::optional<std::uint32_t> m_colour;   // what was taken last, where it was no pixels
     std::vector<xcb_rectangle_t> m_leftOut;  // of the colour
     PictureOutline m_outline;
     bool m_hasNewOutline = false;

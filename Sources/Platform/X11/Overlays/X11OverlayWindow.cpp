@@ -116,15 +116,15 @@ void X11OverlayWindow::present(std::span<const Picture> pictures)
 
 void X11OverlayWindow::show(std::span<const Picture> pictures)
 {
-    // The first to go: what they uncover of the others is painted afterwards.
-    for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
-        m_pictures[i]->showNothing();
     const auto windowsBefore = m_pictures.size();
     // Whatever waits for the server comes before anything is seen: all changes at once.
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         const auto whole = deviceRectOf(pictures[i].rectangle);
         pictureWindow(i).take(pictures[i], whole, intersection(whole, m_deviceFrame));
     }
+    // The first to go: what they uncover of the others is painted afterwards.
+    for (std::size_t i = pictures.size(); i < m_pictures.size(); ++i)
+        m_pictures[i]->showNothing();
     // All before the first is mapped: they may cover each other.
     const bool mustTell = m_isShown && m_owner.m_contentsKeeper.keepsLater();
     for (std::size_t i = 0; mustTell && i < pictures.size(); ++i)

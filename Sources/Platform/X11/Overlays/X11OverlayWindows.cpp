@@ -71,7 +71,12 @@ void X11OverlayWindows::takeKeysSoon()
 void X11OverlayWindows::takeKeys()
 {
     if (const auto timer = std::exchange(m_keysTimer, nullptr))
-        m_parts.keys.grab([this](const KeyEvent& event) { keyDown(event); }, m_shown.front()->catcher());
+        grabKeys();
+}
+
+void X11OverlayWindows::grabKeys()
+{
+    m_parts.keys.grab([this](const KeyEvent& event) { keyDown(event); }, m_shown.front()->catcher());
 }
 
 void X11OverlayWindows::orderOut(X11OverlayWindow& window)
@@ -80,6 +85,8 @@ void X11OverlayWindows::orderOut(X11OverlayWindow& window)
         return;
     if (m_shown.empty())
         m_focusKeeper.keep();
+    else if (m_keysTimer == nullptr)
+        grabKeys();  // the focus may be lent by the window that goes
     window.setShown(false);
     m_parts.requests.flush();
     publishStack();

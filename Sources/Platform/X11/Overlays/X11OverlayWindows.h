@@ -54,6 +54,7 @@ private:
     void orderOut(X11OverlayWindow&);
     void takeKeysSoon();
     void takeKeys();
+    void grabKeys();
     void raiseAll();
     void dismissAll();
     void renewFormats();
