@@ -48,6 +48,9 @@ public:
     testing::AssertionResult shows(const Platform::Image&);
     testing::AssertionResult showsBeneath() { return shows(m_beneath); }
 
+    // Returns that result once the overlays have the keys, too, which come after the picture.
+    testing::AssertionResult withKeys(const testing::AssertionResult&);
+
     // Whether a monitor would show the pointer's picture there, or none anywhere; it waits for that.
     bool showsCursorAt(int x, int y);
     bool showsNoCursor();
@@ -62,9 +65,6 @@ public:
     std::vector<std::string> eventsUpTo(const std::string& last);
 
 protected:
-    // Returns that result once the overlays have the keys, too, which come after the picture.
-    testing::AssertionResult withKeys(const testing::AssertionResult&);
-
     // Success once what is wrong with a picture of the screen is nothing; it waits for that.
     template <typename WhatIsWrong> testing::AssertionResult showsWithout(WhatIsWrong&& whatIsWrong)
     {

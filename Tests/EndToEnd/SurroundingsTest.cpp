@@ -166,7 +166,10 @@ protected:
     Desktop& desktop = scene.desktop();
 
     void pressShortcut() { desktop.keyboard().chord({KEY_LEFTMETA, KEY_LEFTALT, KEY_X}); }
-    testing::AssertionResult showsCrosshairOnMain(int x, int y) { return scene.shows(withCrosshair(scene.beneath(), x, y, mainMonitor)); }
+    testing::AssertionResult showsCrosshairOnMain(int x, int y)
+    {
+        return scene.withKeys(scene.shows(withCrosshair(scene.beneath(), x, y, mainMonitor)));
+    }
 };
 
 TEST_F(ChangingMonitors, OneThatComesLeavesTheCrosshairOnItsOwn)

@@ -30,7 +30,7 @@ protected:
     CrosshairScene scene{withoutCapture(GetParam())};
     Desktop& desktop = scene.desktop();
 
-    testing::AssertionResult showsPlainCrosshairAt(int x, int y) { return scene.shows(withPlainCrosshair(scene.beneath(), x, y)); }
+    testing::AssertionResult showsPlainCrosshairAt(int x, int y) { return scene.withKeys(scene.shows(withPlainCrosshair(scene.beneath(), x, y))); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Under, CrosshairWithoutCapture, windowManagersWithoutCompositor(), nameOfParameter);
