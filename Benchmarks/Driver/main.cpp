@@ -45,8 +45,8 @@ void addKeyToPicture(Report& result, const Options& options)
     result.heading("From key press to first right picture");
     result.paragraph(
         "Seen in the server's frame buffer, looked at every 0.1 ms: that is what a monitor shows, also while the server is busy. "
-        "Presses during which the host of this virtual machine ran others on its processors are taken again, up to four for each; stolen is "
-        "how long it did so in those that were kept.");
+        "Presses during which the host of this virtual machine ran others on its processors, as far as the kernel's count of 10 ms tells, are "
+        "taken again, at most four times as many in all; stolen is how long it did so in those that were kept.");
     report(result, figures);
 }
 
